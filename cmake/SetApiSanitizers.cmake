@@ -1,0 +1,10 @@
+# One option away: -DSETAPI_SANITIZE=address (ASan with UBSan) or -DSETAPI_SANITIZE=thread (TSan).
+if(SETAPI_SANITIZE STREQUAL "address")
+  add_compile_options(-fsanitize=address,undefined -fno-omit-frame-pointer -fno-sanitize-recover=undefined)
+  add_link_options(-fsanitize=address,undefined)
+elseif(SETAPI_SANITIZE STREQUAL "thread")
+  add_compile_options(-fsanitize=thread -fno-omit-frame-pointer)
+  add_link_options(-fsanitize=thread)
+elseif(NOT SETAPI_SANITIZE STREQUAL "")
+  message(FATAL_ERROR "SETAPI_SANITIZE must be empty, 'address' or 'thread', not '${SETAPI_SANITIZE}'")
+endif()

@@ -1,0 +1,25 @@
+#pragma once
+// What a buffer looks like without its pixels: read from a buffer file's head alone, so that a
+// caller can choose the typed view of a set before any buffer is loaded.
+
+#include <BufferApi/DataType.h>
+#include <DataObjects/Export.h>
+
+namespace DataObjects {
+
+struct DATAOBJECTS_API BufferStructureInformation {
+    unsigned frameCount = 0; // frames in the buffer
+    unsigned width = 0;      // of frame 0
+    unsigned height = 0;     // of frame 0
+    unsigned depth = 0;      // planes per component of frame 0
+    BufferApi::E_DataType dataType = BufferApi::DATATYPE_UNKNOWN; // element type of frame 0
+    bool isImage = false;     // frame 0 is an image frame
+    bool isVector = false;    // frame 0 is a 2-component vector frame
+    bool isVector3C = false;  // frame 0 is a 3-component vector frame
+    bool hasMask = false;     // frame 0 carries a mask component
+    int vectorGridSize = 0;   // grid spacing of a vector frame, in pixels
+
+    bool operator==(const BufferStructureInformation& other) const;
+};
+
+} // namespace DataObjects
