@@ -8,8 +8,11 @@
 #include <QString>
 #include <QTextStream>
 
+#include <cstddef>
 #include <exception>
 #include <string>
+#include <tuple>
+#include <utility>
 
 class QIODevice;
 
@@ -93,14 +96,39 @@ inline QTextStream& operator<<(QTextStream& s, const std::string& text)
 {
     return s << QString::fromStdString(text);
 }
+
+// RTE_THROW takes the exception type and its constructor arguments as one list, so that a type
+// constructed from nothing (RTE_THROW(RTE::LogicError)) needs no empty argument list. The macro
+// appends ArgumentsEnd to the arguments, and MakeException constructs from all others.
+struct ArgumentsEnd {};
+
+template <class ExceptionType, class Arguments, std::size_t... I>
+ExceptionType MakeExceptionFrom(Arguments&& arguments, std::index_sequence<I...>)
+{
+    return ExceptionType(std::get<I>(std::move(arguments))...);
+}
+
+template <class ExceptionType, class... A>
+ExceptionType MakeException(A&&... arguments)
+{
+    return MakeExceptionFrom<ExceptionType>(std::forward_as_tuple(std::forward<A>(arguments)...),
+                                            std::make_index_sequence<sizeof...(A) - 1>{});
+}
 } // namespace Private
 
 } // namespace RTE
 
-// Throws ExceptionType(args...) with this file and line, logging it first.
-#define RTE_THROW(ExceptionType, ...)                                                              \
+#define RTE_PRIVATE_EXPAND(x) x
+#define RTE_PRIVATE_FIRST(first, ...) first
+#define RTE_PRIVATE_REST(first, ...) __VA_ARGS__
+
+// RTE_THROW(ExceptionType, args...) throws ExceptionType(args...) with this file and line,
+// logging it first. The arguments may be left out: RTE_THROW(RTE::LogicError).
+#define RTE_THROW(...)                                                                             \
     do {                                                                                           \
-        ExceptionType rte_exception_(__VA_ARGS__);                                                 \
+        auto rte_exception_ = ::RTE::Private::MakeException<RTE_PRIVATE_EXPAND(                    \
+            RTE_PRIVATE_FIRST(__VA_ARGS__, ~))>(RTE_PRIVATE_EXPAND(                                \
+            RTE_PRIVATE_REST(__VA_ARGS__, ::RTE::Private::ArgumentsEnd())));                       \
         rte_exception_.setLocation(QStringLiteral(__FILE__), __LINE__);                            \
         rte_exception_.log();                                                                      \
         throw rte_exception_;                                                                      \

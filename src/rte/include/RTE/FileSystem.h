@@ -41,6 +41,7 @@ class RTE_API FileSystem {
 public:
     static bool Exists(const std::string& path);
     static bool Exists(const QString& path);
+    static bool Exists(const char* path) { return Exists(std::string(path)); }
     static bool IsDirectory(const std::string& path);
     static bool WriteAccess(const std::string& path);
     static void CopyFile(const std::string& from, const std::string& to, bool overwrite);

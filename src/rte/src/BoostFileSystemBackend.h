@@ -1,0 +1,32 @@
+#pragma once
+// The default file-system backend, on boost::filesystem. The only place of the runtime that calls
+// the platform's file functions.
+
+#include <RTE/FileSystem.h>
+
+namespace RTE {
+namespace Private {
+
+class BoostFileSystemBackend : public I_FileSystemBackend {
+public:
+    bool Exists(const std::string& path) override;
+    bool IsDirectory(const std::string& path) override;
+    // A path that does not exist is judged by its folder. Besides the process's permission, at
+    // least one write permission bit must be set: a file nobody may write counts as read-only
+    // even for an administrator, as a read-only file attribute does.
+    bool WriteAccess(const std::string& path) override;
+    void CreateDirectory(const std::string& path) override;
+    // Refuses a path that is a file.
+    void RemoveDirectory(const std::string& path) override;
+    // Refuses a folder.
+    void RemoveFile(const std::string& path) override;
+    void Rename(const std::string& from, const std::string& to) override;
+    // Refuses to copy a file onto itself, a folder, or onto a folder.
+    void CopyFile(const std::string& from, const std::string& to, bool overwrite) override;
+    // A folder that does not exist has no files; one that cannot be read raises RTE::FileError.
+    // Symbolic links to folders are not followed; sub-folders that may not be read are skipped.
+    std::vector<std::string> ListFiles(const std::string& folder, bool recursive) override;
+};
+
+} // namespace Private
+} // namespace RTE

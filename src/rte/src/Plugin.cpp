@@ -1,0 +1,9 @@
+#include <RTE/Plugin.h>
+
+namespace RTE {
+
+I_Plugin::~I_Plugin() = default;
+
+I_CreationContext::~I_CreationContext() = default;
+
+} // namespace RTE
