@@ -10,15 +10,20 @@ int main(int argc, char** argv)
     const std::string folder = argv[1];
     RTE::FileSystem::CreateDirectory(folder);
     SetApi::C_SetFactory& factory = SetApi::C_SetFactory::Instance();
+    // The plain set registered itself when the library loaded.
     auto created = factory.Create(folder + "/Consumer", "Set", SetApi::I_Set::SET_TYPE_IMAGE, true);
-    if (!created->IsOpen())
+    auto* base = dynamic_cast<SetApi::C_SetBase*>(created.get());
+    if (!created->IsOpen() || !base)
         return 1;
-    created->SetParameter("SetComments", std::string("from another project"));
+    base->SetParameter("SetComments", std::string("from another project"));
     created.reset();
+
     auto opened = factory.Open(folder + "/Consumer.set");
+    auto* reopened = dynamic_cast<SetApi::C_SetBase*>(opened.get());
     std::string comment;
-    if (!opened->IsOpen() || !opened->GetParameter("SetComments", comment) || comment != "from another project")
+    if (!opened->IsOpen() || !reopened || !reopened->GetParameter("SetComments", comment) ||
+        comment != "from another project")
         return 1;
-    std::printf("opened %s\n", opened->GetName().c_str());
+    std::printf("opened %s (%s)\n", opened->GetName().c_str(), opened->GetTypeIdentifier().toStdString().c_str());
     return 0;
 }

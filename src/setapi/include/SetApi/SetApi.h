@@ -1,0 +1,74 @@
+#pragma once
+// The whole public API of the SetApi library family in one include.
+
+#include <SetApi/Export.h>
+// The runtime: failures, logging, threads, files, plug-ins, values
+#include <RTE/ActivityControl.h>
+#include <RTE/ActivityFeedback.h>
+#include <RTE/AttributesSink.h>
+#include <RTE/Condition.h>
+#include <RTE/DateTime.h>
+#include <RTE/DeviceData.h>
+#include <RTE/Exception.h>
+#include <RTE/Export.h>
+#include <RTE/FaultInjectingFileSystem.h>
+#include <RTE/FileSystem.h>
+#include <RTE/IndexRange.h>
+#include <RTE/Logger.h>
+#include <RTE/Plugin.h>
+#include <RTE/PluginFactory.h>
+#include <RTE/PluginRegistry.h>
+#include <RTE/Range.h>
+#include <RTE/Scale.h>
+#include <RTE/ScopedFileSystemBackend.h>
+#include <RTE/String.h>
+#include <RTE/Thread.h>
+#include <RTE/ThreadExceptionHandler.h>
+#include <RTE/TimeSpan.h>
+
+// Parameter trees
+#include <RTE/Parameter/AccessMode.h>
+#include <RTE/Parameter/Category.h>
+#include <RTE/Parameter/Double.h>
+#include <RTE/Parameter/Enumeration.h>
+#include <RTE/Parameter/Factory.h>
+#include <RTE/Parameter/Integer.h>
+#include <RTE/Parameter/List.h>
+#include <RTE/Parameter/Node.h>
+#include <RTE/Parameter/Parameter.h>
+#include <RTE/Parameter/ParameterServer.h>
+#include <RTE/Parameter/Text.h>
+#include <RTE/Parameter/Tree.h>
+
+// Settings documents
+#include <Storage/AutoSyncMode.h>
+#include <Storage/Settings.h>
+#include <Storage/SettingsDocument.h>
+#include <Storage/SettingsNode.h>
+#include <Storage/SettingsSerializer.h>
+
+// Buffers
+#include <BufferApi/DataType.h>
+#include <BufferApi/Export.h>
+#include <BufferApi/I_Buffer.h>
+
+// Data objects
+#include <DataObjects/BufferStructureInformation.h>
+#include <DataObjects/Export.h>
+#include <DataObjects/GlobalAndFrameAttributes.h>
+
+// Sets
+#include <SetApi/set/C_DataSetParameter.h>
+#include <SetApi/set/C_NullSet.h>
+#include <SetApi/set/C_Set.h>
+#include <SetApi/set/C_SetBase.h>
+#include <SetApi/set/C_SetUtilities.h>
+#include <SetApi/set/CopyParameterValueSpec.h>
+#include <SetApi/set/I_FileBasedSet.h>
+#include <SetApi/set/I_Set.h>
+#include <SetApi/set/I_SetObserver.h>
+#include <SetApi/set/SetTypeIdentifiers.h>
+
+// The set factory
+#include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/factory/I_SetFactoryObserver.h>
