@@ -1,5 +1,7 @@
 #include "NarrowText.h"
 
+#include <algorithm>
+
 namespace SetApi {
 namespace Private {
 
@@ -63,6 +65,9 @@ void AppendUtf8(std::string& out, char32_t cp)
 
 QString FromNarrow(const std::string& text)
 {
+    // Set files are ASCII almost always: take the cheap way when they are.
+    if (std::all_of(text.begin(), text.end(), [](char c) { return static_cast<unsigned char>(c) < 0x80; }))
+        return QString::fromLatin1(text.data(), static_cast<qsizetype>(text.size()));
     QString result;
     result.reserve(static_cast<qsizetype>(text.size()));
     for (size_t pos = 0; pos < text.size();) {

@@ -49,9 +49,17 @@ void C_Node::CopyAttributesFrom(const C_Node& other)
     m_editor = other.m_editor;
 }
 
+C_Node::ChangedSignal& C_Node::Changed()
+{
+    if (!m_changed)
+        m_changed = std::make_unique<ChangedSignal>();
+    return *m_changed;
+}
+
 void C_Node::NotifyChanged()
 {
-    m_changed(*this);
+    if (m_changed)
+        (*m_changed)(*this);
     const C_Node* top = this;
     while (top->m_parent)
         top = top->m_parent;

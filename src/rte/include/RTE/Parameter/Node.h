@@ -22,6 +22,8 @@
 #include <boost/shared_ptr.hpp>
 #include <boost/signals2/signal.hpp>
 
+#include <memory>
+
 namespace RTE {
 namespace Parameter {
 
@@ -64,7 +66,8 @@ public:
     // The category or list holding the node, or null.
     C_Node* GetParent() const { return m_parent; }
 
-    ChangedSignal& Changed() { return m_changed; }
+    // Made at first use: most nodes are never watched, and a signal is costly to build.
+    ChangedSignal& Changed();
 
 protected:
     C_Node(const QString& name, const QString& title, const QString& description, E_AccessMode mode,
@@ -87,7 +90,7 @@ private:
     const char* m_editor;
     C_Node* m_parent = nullptr;
     C_Tree* m_tree = nullptr; // set on the root category of a tree only
-    ChangedSignal m_changed;
+    std::unique_ptr<ChangedSignal> m_changed;
 };
 
 } // namespace Parameter
