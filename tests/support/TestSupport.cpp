@@ -2,6 +2,7 @@
 
 #include <boost/filesystem.hpp>
 
+#include <cstring>
 #include <fstream>
 #include <sstream>
 
@@ -49,6 +50,20 @@ bool LogCapture::contains(const std::string& logger, const std::string& textPart
         if (line.logger == logger && line.text.find(textPart) != std::string::npos)
             return true;
     return false;
+}
+
+std::uint64_t BitsOf(double value)
+{
+    std::uint64_t bits = 0;
+    std::memcpy(&bits, &value, sizeof bits);
+    return bits;
+}
+
+double DoubleFromBits(std::uint64_t bits)
+{
+    double value = 0;
+    std::memcpy(&value, &bits, sizeof value);
+    return value;
 }
 
 void WriteFile(const std::string& path, const std::string& bytes)

@@ -1,10 +1,12 @@
 #pragma once
 // Helpers shared by the test programs.
 
+#include <RTE/Exception.h>
 #include <RTE/Logger.h>
 
 #include <gtest/gtest.h>
 
+#include <cstdint>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -45,6 +47,22 @@ private:
     std::vector<Line> m_lines;
     RTE::LogLevel m_previousLevel;
 };
+
+// The text of the RTE::Exception that a call raises, or "(no exception)".
+template <class Function>
+std::string MessageOf(Function&& function)
+{
+    try {
+        function();
+    } catch (const RTE::Exception& e) {
+        return e.message().toStdString();
+    }
+    return "(no exception)";
+}
+
+// The bits of a double, and the double of some bits, for bit-exact comparisons.
+std::uint64_t BitsOf(double value);
+double DoubleFromBits(std::uint64_t bits);
 
 // Writes bytes to a file as they stand.
 void WriteFile(const std::string& path, const std::string& bytes);

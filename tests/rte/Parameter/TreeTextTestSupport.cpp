@@ -1,4 +1,5 @@
 #include "TreeTextTestSupport.h"
+#include "support/TestSupport.h"
 
 #include <cmath>
 #include <cstdint>
@@ -12,19 +13,9 @@ using RTE::C_RangeT;
 namespace TreeTextTest {
 
 namespace {
-std::uint64_t Bits(double value)
-{
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
+std::uint64_t Bits(double value) { return TestSupport::BitsOf(value); }
 
-double FromBits(std::uint64_t bits)
-{
-    double value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
+double FromBits(std::uint64_t bits) { return TestSupport::DoubleFromBits(bits); }
 } // namespace
 
 boost::shared_ptr<C_Tree> MakeRichTree()

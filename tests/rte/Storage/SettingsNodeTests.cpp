@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include "support/TestSupport.h"
+
 #include <cmath>
 #include <cstdint>
 #include <cstring>
@@ -15,19 +17,9 @@ using Storage::SettingsNode;
 
 namespace {
 
-std::uint64_t Bits(double value)
-{
-    std::uint64_t bits = 0;
-    std::memcpy(&bits, &value, sizeof bits);
-    return bits;
-}
+std::uint64_t Bits(double value) { return TestSupport::BitsOf(value); }
 
-double FromBits(std::uint64_t bits)
-{
-    double value = 0;
-    std::memcpy(&value, &bits, sizeof value);
-    return value;
-}
+double FromBits(std::uint64_t bits) { return TestSupport::DoubleFromBits(bits); }
 
 } // namespace
 

@@ -17,6 +17,7 @@
 #include <vector>
 
 using namespace SetApi;
+using TestSupport::MessageOf;
 
 namespace {
 
@@ -43,17 +44,6 @@ private:
     std::vector<std::string>& m_log;
     std::string m_name;
 };
-
-template <class Function>
-std::string MessageOf(Function&& function)
-{
-    try {
-        function();
-    } catch (const RTE::Exception& e) {
-        return e.message().toStdString();
-    }
-    return "(no exception)";
-}
 
 Storage::SettingsNode SampleSettings(const QString& value)
 {

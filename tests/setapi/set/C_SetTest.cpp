@@ -13,6 +13,7 @@
 #include <memory>
 
 using namespace SetApi;
+using TestSupport::MessageOf;
 using TestSupport::ReadFile;
 using TestSupport::TempDir;
 using TestSupport::WriteFile;
@@ -29,17 +30,6 @@ void Touch(const std::string& folder, std::initializer_list<const char*> names)
 {
     for (const char* name : names)
         WriteFile(folder + "/" + name, "x");
-}
-
-template <class Function>
-std::string MessageOf(Function&& function)
-{
-    try {
-        function();
-    } catch (const RTE::Exception& e) {
-        return e.message().toStdString();
-    }
-    return "(no exception)";
 }
 
 } // namespace

@@ -1,5 +1,7 @@
 #include "TextCodec.h"
 
+#include <RTE/String.h>
+
 #include <charconv>
 #include <cmath>
 #include <cstdint>
@@ -20,25 +22,6 @@ void AppendUnitEscape(std::string& out, char16_t unit)
         out += kHex[(unit >> shift) & 0xF];
 }
 
-void AppendUtf8(std::string& out, char32_t cp)
-{
-    if (cp < 0x80) {
-        out += static_cast<char>(cp);
-    } else if (cp < 0x800) {
-        out += static_cast<char>(0xC0 | (cp >> 6));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else if (cp < 0x10000) {
-        out += static_cast<char>(0xE0 | (cp >> 12));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    } else {
-        out += static_cast<char>(0xF0 | (cp >> 18));
-        out += static_cast<char>(0x80 | ((cp >> 12) & 0x3F));
-        out += static_cast<char>(0x80 | ((cp >> 6) & 0x3F));
-        out += static_cast<char>(0x80 | (cp & 0x3F));
-    }
-}
-
 int HexDigit(char c)
 {
     if (c >= '0' && c <= '9')
@@ -48,52 +31,6 @@ int HexDigit(char c)
     if (c >= 'A' && c <= 'F')
         return c - 'A' + 10;
     return -1;
-}
-
-// Decodes one UTF-8 sequence at s[pos] strictly (no overlong forms, no encoded surrogates, nothing
-// above U+10FFFF). Returns false for an invalid or cut sequence.
-bool DecodeUtf8(const std::string& s, size_t& pos, char32_t& cp)
-{
-    const auto byte = [&](size_t i) { return static_cast<unsigned char>(s[i]); };
-    const unsigned char b0 = byte(pos);
-    size_t length = 0;
-    unsigned char low = 0x80, high = 0xBF; // allowed range of the second byte
-    if (b0 < 0x80) {
-        cp = b0;
-        ++pos;
-        return true;
-    } else if (b0 >= 0xC2 && b0 <= 0xDF) {
-        length = 2;
-        cp = b0 & 0x1F;
-    } else if (b0 >= 0xE0 && b0 <= 0xEF) {
-        length = 3;
-        cp = b0 & 0x0F;
-        if (b0 == 0xE0)
-            low = 0xA0;
-        if (b0 == 0xED)
-            high = 0x9F;
-    } else if (b0 >= 0xF0 && b0 <= 0xF4) {
-        length = 4;
-        cp = b0 & 0x07;
-        if (b0 == 0xF0)
-            low = 0x90;
-        if (b0 == 0xF4)
-            high = 0x8F;
-    } else {
-        return false;
-    }
-    if (s.size() - pos < length)
-        return false;
-    for (size_t i = 1; i < length; ++i) {
-        const unsigned char b = byte(pos + i);
-        const unsigned char min = i == 1 ? low : 0x80;
-        const unsigned char max = i == 1 ? high : 0xBF;
-        if (b < min || b > max)
-            return false;
-        cp = (cp << 6) | (b & 0x3F);
-    }
-    pos += length;
-    return true;
 }
 
 void AppendCodePoint(QString& text, char32_t cp)
@@ -128,12 +65,12 @@ void AppendQuoted(std::string& out, const QString& text)
         } else if (unit >= 0xD800 && unit <= 0xDBFF && i + 1 < n && text.at(i + 1).unicode() >= 0xDC00 &&
                    text.at(i + 1).unicode() <= 0xDFFF) {
             const char32_t cp = 0x10000 + ((char32_t(unit) - 0xD800) << 10) + (text.at(i + 1).unicode() - 0xDC00);
-            AppendUtf8(out, cp);
+            RTE::String::AppendUtf8(out, cp);
             ++i;
         } else if (unit >= 0xD800 && unit <= 0xDFFF) {
             AppendUnitEscape(out, unit); // an unpaired surrogate has no UTF-8 form
         } else {
-            AppendUtf8(out, unit);
+            RTE::String::AppendUtf8(out, unit);
         }
     }
     out += '"';
@@ -155,7 +92,7 @@ bool ReadQuoted(const std::string& line, size_t& pos, QString& text, std::string
         }
         if (c != '\\') {
             char32_t cp = 0;
-            if (!DecodeUtf8(line, pos, cp)) {
+            if (!RTE::String::DecodeUtf8(line, pos, cp)) {
                 error = "invalid UTF-8 in a string";
                 return false;
             }
