@@ -383,3 +383,43 @@ TEST(C_SetFactory, OpenAndCreateFromManyThreadsAtOnce)
     EXPECT_EQ(failures.load(), 0);
     EXPECT_EQ(scoped.observer.Events().size(), 20u);
 }
+
+TEST(C_SetFactory, ObserversRunOneAtATimeUnderTheObserverMutex)
+{
+    // Notifications from several threads never overlap: an observer needs no lock of its own.
+    class OverlapObserver : public I_SetFactoryObserver {
+    public:
+        void OnCreate(const std::string&) override { Enter(); }
+        void OnRemove(const std::string&) override { Enter(); }
+        void OnRename(const std::string&, const std::string&) override { Enter(); }
+        std::atomic<int> inside{0};
+        std::atomic<int> overlaps{0};
+        std::atomic<int> calls{0};
+
+    private:
+        void Enter()
+        {
+            if (inside.fetch_add(1) != 0)
+                ++overlaps;
+            std::this_thread::yield();
+            ++calls;
+            inside.fetch_sub(1);
+        }
+    } observer;
+    Factory().Attach(&observer);
+    std::vector<std::thread> threads;
+    for (int t = 0; t < 4; ++t)
+        threads.emplace_back([t] {
+            for (int i = 0; i < 200; ++i) {
+                if (t % 2)
+                    Factory().NotifyOnCreate("/c");
+                else
+                    Factory().NotifyOnRemove("/r");
+            }
+        });
+    for (std::thread& thread : threads)
+        thread.join();
+    Factory().Detach(&observer);
+    EXPECT_EQ(observer.calls.load(), 800);
+    EXPECT_EQ(observer.overlaps.load(), 0);
+}
