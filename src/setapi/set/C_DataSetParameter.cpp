@@ -13,8 +13,8 @@ using Private::FromNarrow;
 using Private::ToNarrow;
 
 namespace {
-const RTE::C_RangeT<long long> kIntegerRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
-const RTE::C_RangeT<double> kDoubleRange(-std::numeric_limits<double>::max(), std::numeric_limits<double>::max());
+constexpr RTE::C_RangeT<long long> kIntegerRange(std::numeric_limits<int>::min(), std::numeric_limits<int>::max());
+constexpr RTE::C_RangeT<double> kDoubleRange(-std::numeric_limits<double>::max(), std::numeric_limits<double>::max());
 } // namespace
 
 C_DataSetParameter::C_DataSetParameter() : m_tree(P::CreateTree())

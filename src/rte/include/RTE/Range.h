@@ -8,11 +8,11 @@ namespace RTE {
 template <class T>
 class C_RangeT {
 public:
-    C_RangeT() = default;
-    C_RangeT(T minimum, T maximum) : m_min(minimum), m_max(maximum) {}
+    constexpr C_RangeT() = default;
+    constexpr C_RangeT(T minimum, T maximum) : m_min(minimum), m_max(maximum) {}
 
-    T GetMin() const { return m_min; }
-    T GetMax() const { return m_max; }
+    constexpr T GetMin() const { return m_min; }
+    constexpr T GetMax() const { return m_max; }
     bool IsEmpty() const { return m_max < m_min; }
     bool Contains(T value) const { return !(value < m_min) && !(m_max < value); }
     T Clamp(T value) const { return std::min(std::max(value, m_min), m_max); }
