@@ -134,8 +134,12 @@ bool C_SetFactory::Exists(std::string path)
     if (path.empty())
         return false;
     bool flag = false;
-    if (Find(path, flag)->IsOpen())
-        return true;
+    {
+        // Pinning may happen on another thread at the same time; the cache is read under its lock.
+        std::lock_guard<std::recursive_mutex> lock(m_cacheMutex);
+        if (Find(path, flag)->IsOpen())
+            return true;
+    }
     return RTE::FileSystem::Exists(C_SetUtilities::PrepareSetName(path) + ".set");
 }
 
