@@ -78,23 +78,12 @@ void Thread::Run(void* argument, std::shared_ptr<State> state)
     const boost::shared_ptr<I_ThreadExceptionHandler> handler = m_handler;
     QString failure;
     bool failed = false;
-    bool cancelled = false;
-    try {
-        ThreadFunction(argument);
-    } catch (const ThreadCancellation&) {
-        cancelled = true;
-    } catch (const std::exception& e) {
-        failed = true;
-        failure = QString::fromUtf8(e.what());
-    } catch (...) {
-        failed = true;
-        failure = QStringLiteral("unknown exception");
-    }
-    if (cancelled) {
+    // Runs one part of the thread; returns whether it was cancelled, notes any other failure.
+    const auto guarded = [&](auto&& part) {
         try {
-            CleanupFunction();
+            part();
         } catch (const ThreadCancellation&) {
-            // A TestCancel inside the cleanup ends nothing more than the cleanup.
+            return true;
         } catch (const std::exception& e) {
             failed = true;
             failure = QString::fromUtf8(e.what());
@@ -102,6 +91,11 @@ void Thread::Run(void* argument, std::shared_ptr<State> state)
             failed = true;
             failure = QStringLiteral("unknown exception");
         }
+        return false;
+    };
+    if (guarded([&] { ThreadFunction(argument); })) {
+        // A TestCancel inside the cleanup ends nothing more than the cleanup.
+        guarded([&] { CleanupFunction(); });
     }
     if (failed) {
         try {

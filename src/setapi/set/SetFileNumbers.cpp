@@ -9,16 +9,23 @@ namespace Private {
 namespace {
 bool IsCSpace(char c) { return c == ' ' || c == '\t' || c == '\n' || c == '\v' || c == '\f' || c == '\r'; }
 bool IsDigit(char c) { return c >= '0' && c <= '9'; }
-} // namespace
 
-int ParseIntLikeAtoi(const std::string& text)
+// Skips leading white space and one sign, as atoi and atof do; tells whether the sign was '-'.
+bool SkipBlanksAndSign(const std::string& text, size_t& pos)
 {
-    size_t pos = 0;
     while (pos < text.size() && IsCSpace(text[pos]))
         ++pos;
     bool negative = false;
     if (pos < text.size() && (text[pos] == '+' || text[pos] == '-'))
         negative = text[pos++] == '-';
+    return negative;
+}
+} // namespace
+
+int ParseIntLikeAtoi(const std::string& text)
+{
+    size_t pos = 0;
+    const bool negative = SkipBlanksAndSign(text, pos);
     const long long limit = negative ? -static_cast<long long>(std::numeric_limits<int>::min())
                                      : std::numeric_limits<int>::max();
     long long magnitude = 0;
@@ -33,11 +40,7 @@ int ParseIntLikeAtoi(const std::string& text)
 double ParseDoubleLikeAtof(const std::string& text)
 {
     size_t pos = 0;
-    while (pos < text.size() && IsCSpace(text[pos]))
-        ++pos;
-    bool negative = false;
-    if (pos < text.size() && (text[pos] == '+' || text[pos] == '-'))
-        negative = text[pos++] == '-';
+    const bool negative = SkipBlanksAndSign(text, pos);
     if (pos < text.size() && (text[pos] == '+' || text[pos] == '-'))
         return 0.0; // a second sign: no number
     const char* first = text.data() + pos;
