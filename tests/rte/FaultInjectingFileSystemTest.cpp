@@ -110,3 +110,60 @@ TEST(FaultInjectingFileSystemTest, ScopeRestoresThePreviousBackend)
     }
     EXPECT_EQ(FileSystem::GetBackend(), before);
 }
+
+TEST(FaultInjectingFileSystemTest, AFullDiskTakesSoManyBytesAcrossFiles)
+{
+    TestSupport::TempDir dir;
+    TestSupport::LogCapture log;
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    RTE::ScopedFileSystemBackend installed(faults);
+    auto first = FileSystem::OpenForWriting(dir / "a");
+    first->Append("12345", 5);
+    faults->FailWritesAfter(7);
+    auto second = FileSystem::OpenForWriting(dir / "b");
+    second->Append("abcd", 4);
+    try {
+        first->Append("67890", 5);
+        FAIL() << "the disk took more than it had";
+    } catch (const RTE::FileWriteError& e) {
+        EXPECT_EQ(std::string(e.what()), "Injected fault: Write " + (dir / "a") + ": No space left on device");
+    }
+    EXPECT_THROW(second->Append("e", 1), RTE::FileWriteError);
+    first->Close();
+    second->Close();
+    EXPECT_EQ(ReadFile(dir / "a"), "12345678"); // what fitted went to the file
+    EXPECT_EQ(ReadFile(dir / "b"), "abcd");
+    EXPECT_EQ(faults->WrittenBytes(), 12u);
+
+    faults->ClearFaults();
+    auto third = FileSystem::OpenForWriting(dir / "c");
+    third->Append("free again", 10);
+    third->Close();
+    EXPECT_EQ(ReadFile(dir / "c"), "free again");
+    faults->ResetCounts();
+    EXPECT_EQ(faults->WrittenBytes(), 0u);
+    EXPECT_EQ(faults->CallCount(Operation::OpenForWriting), 0u);
+}
+
+TEST(FaultInjectingFileSystemTest, OpeningForWritingCanFailAndReadingIsForwarded)
+{
+    TestSupport::TempDir dir;
+    TestSupport::LogCapture log;
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    RTE::ScopedFileSystemBackend installed(faults);
+    faults->FailCall(Operation::OpenForWriting, 2);
+    FileSystem::OpenForWriting(dir / "a")->Append("A", 1);
+    try {
+        FileSystem::OpenForWriting(dir / "b");
+        FAIL() << "the second open went through";
+    } catch (const RTE::FileWriteError& e) {
+        EXPECT_EQ(std::string(e.what()), "Injected fault: OpenForWriting " + (dir / "b"));
+    }
+    EXPECT_FALSE(FileSystem::Exists(dir / "b"));
+    EXPECT_EQ(faults->CallCount(Operation::OpenForWriting), 2u);
+    EXPECT_EQ(faults->FailureCount(Operation::OpenForWriting), 1u);
+    char byte = 0;
+    EXPECT_EQ(FileSystem::OpenForReading(dir / "a")->ReadAt(0, &byte, 1), 1u);
+    EXPECT_EQ(byte, 'A');
+    EXPECT_STREQ(RTE::FaultInjectingFileSystem::OperationName(Operation::OpenForWriting), "OpenForWriting");
+}

@@ -126,6 +126,27 @@ TEST(FileSystemTest, CopyOntoItselfNeverTruncates)
     EXPECT_EQ(ReadFile(dir / "src"), "keep me");
 }
 
+TEST(FileSystemTest, ReplaceFilePutsAFileInPlaceOfAnotherInOneStep)
+{
+    TestSupport::TempDir dir;
+    TestSupport::LogCapture log;
+    WriteFile(dir / "new", "N");
+    WriteFile(dir / "old", "O");
+    FileSystem::ReplaceFile(dir / "new", dir / "old");
+    EXPECT_FALSE(FileSystem::Exists(dir / "new"));
+    EXPECT_EQ(ReadFile(dir / "old"), "N");
+
+    WriteFile(dir / "next", "X");
+    FileSystem::ReplaceFile(dir / "next", dir / "absent"); // no target yet
+    EXPECT_EQ(ReadFile(dir / "absent"), "X");
+
+    EXPECT_THROW(FileSystem::ReplaceFile(dir / "missing", dir / "old"), RTE::FileError);
+    FileSystem::CreateDirectory(dir / "folder");
+    const std::string text = FileErrorText([&] { FileSystem::ReplaceFile(dir / "old", dir / "folder"); });
+    EXPECT_TRUE(Contains(text, "ReplaceFile")) << text;
+    EXPECT_EQ(ReadFile(dir / "old"), "N");
+}
+
 TEST(FileSystemTest, RenameNeverReplaces)
 {
     TestSupport::TempDir dir;
@@ -329,8 +350,11 @@ public:
     void RemoveDirectory(const std::string&) override {}
     void RemoveFile(const std::string&) override {}
     void Rename(const std::string&, const std::string&) override {}
+    void ReplaceFile(const std::string&, const std::string&) override {}
     void CopyFile(const std::string&, const std::string&, bool) override {}
     std::vector<std::string> ListFiles(const std::string&, bool) override { return {"z.im7", "a.im7", "b.txt"}; }
+    std::unique_ptr<RTE::I_WritableFile> OpenForWriting(const std::string&) override { return nullptr; }
+    std::unique_ptr<RTE::I_ReadableFile> OpenForReading(const std::string&) override { return nullptr; }
     std::atomic<int> questions{0};
 };
 
@@ -370,3 +394,96 @@ TEST(FileSystemBackendTest, SwappingWhileOtherThreadsUseItIsSafe)
         reader.join();
     EXPECT_EQ(FileSystem::GetBackend(), FileSystem::GetDefaultBackend());
 }
+
+TEST(FileStreamTest, WrittenBytesReadBackAtAnyOffset)
+{
+    TestSupport::TempDir dir;
+    TestSupport::LogCapture log;
+    std::string content(70000, '\0');
+    for (std::size_t i = 0; i < content.size(); ++i)
+        content[i] = char(i * 7 + i / 256);
+    WriteFile(dir / "f.bin", "an older and longer content that the new one must replace entirely ...");
+    {
+        auto file = FileSystem::OpenForWriting(dir / "f.bin");
+        file->Append(content.data(), 10);
+        file->Append(content.data(), 0);
+        file->Append(content.data() + 10, content.size() - 10);
+        file->Close();
+        file->Close(); // a second close does nothing
+        EXPECT_THROW(file->Append("x", 1), RTE::FileWriteError);
+    }
+    EXPECT_EQ(ReadFile(dir / "f.bin"), content);
+
+    auto file = FileSystem::OpenForReading(dir / "f.bin");
+    EXPECT_EQ(file->Size(), content.size());
+    std::string part(5000, '?');
+    EXPECT_EQ(file->ReadAt(12345, &part[0], part.size()), part.size());
+    EXPECT_EQ(part, content.substr(12345, 5000));
+    EXPECT_EQ(file->ReadAt(0, &part[0], 3), 3u);
+    EXPECT_EQ(part.substr(0, 3), content.substr(0, 3));
+    // At the end of the file a read is short, and beyond it empty.
+    EXPECT_EQ(file->ReadAt(content.size() - 100, &part[0], part.size()), 100u);
+    EXPECT_EQ(part.substr(0, 100), content.substr(content.size() - 100));
+    EXPECT_EQ(file->ReadAt(content.size(), &part[0], part.size()), 0u);
+    EXPECT_EQ(file->ReadAt(std::uint64_t(1) << 40, &part[0], part.size()), 0u);
+    EXPECT_EQ(file->ReadAt(10, &part[0], 2), 2u); // and reading goes on after the end was met
+    EXPECT_EQ(part.substr(0, 2), content.substr(10, 2));
+}
+
+TEST(FileStreamTest, PathsAreTakenByteForByte)
+{
+    TestSupport::TempDir dir;
+    const std::string unicode = dir / "B\xC3\xA4ume \xE2\x80\x93 1.im7";
+    FileSystem::OpenForWriting(unicode)->Append("abc", 3);
+    EXPECT_EQ(ReadFile(unicode), "abc");
+#if !defined(_WIN32)
+    const std::string notUtf8 = dir / "raw\xFF\xFEname";
+    FileSystem::OpenForWriting(notUtf8)->Append("xyz", 3);
+    EXPECT_EQ(FileSystem::GetFiles(dir.path(), "raw.*", false, false), Files{"raw\xFF\xFEname"});
+    char back[3];
+    EXPECT_EQ(FileSystem::OpenForReading(notUtf8)->ReadAt(0, back, 3), 3u);
+    EXPECT_EQ(std::string(back, 3), "xyz");
+#endif
+}
+
+TEST(FileStreamTest, FailuresNameThePathAndTheReason)
+{
+    TestSupport::TempDir dir;
+    TestSupport::LogCapture log;
+    const std::string missing = dir / "missing.bin";
+    const std::string readText = FileErrorText([&] { FileSystem::OpenForReading(missing); });
+    EXPECT_TRUE(Contains(readText, "'" + missing + "'")) << readText;
+    EXPECT_TRUE(Contains(readText, "No such file")) << readText;
+    EXPECT_TRUE(Contains(FileErrorText([&] { FileSystem::OpenForReading(dir.path()); }), "is a directory"));
+    EXPECT_THROW(FileSystem::OpenForReading(""), RTE::FileError);
+    EXPECT_THROW(FileSystem::OpenForReading(dir / std::string("a\0b", 3)), RTE::FileError);
+
+    const std::string noFolder = dir / "no/such/folder/f.bin";
+    try {
+        FileSystem::OpenForWriting(noFolder);
+        FAIL() << "opened a file in a missing folder";
+    } catch (const RTE::FileWriteError& e) {
+        EXPECT_TRUE(Contains(e.what(), "'" + noFolder + "'")) << e.what();
+        EXPECT_TRUE(Contains(e.what(), "No such file")) << e.what();
+    }
+    EXPECT_THROW(FileSystem::OpenForWriting(dir.path()), RTE::FileWriteError);
+    EXPECT_THROW(FileSystem::OpenForWriting(dir / std::string("a\0b", 3)), RTE::FileWriteError);
+}
+
+#if defined(__linux__)
+TEST(FileStreamTest, AFullDeviceReportsNoSpace)
+{
+    if (!FileSystem::Exists(std::string("/dev/full")))
+        GTEST_SKIP() << "no /dev/full";
+    TestSupport::LogCapture log;
+    auto file = FileSystem::OpenForWriting("/dev/full");
+    const std::string block(8192, 'x');
+    try {
+        file->Append(block.data(), block.size());
+        FAIL() << "wrote to a full device";
+    } catch (const RTE::FileWriteError& e) {
+        EXPECT_TRUE(Contains(e.what(), "'/dev/full'")) << e.what();
+        EXPECT_TRUE(Contains(e.what(), "No space left on device")) << e.what();
+    }
+}
+#endif

@@ -4,6 +4,13 @@
 
 #include <boost/filesystem.hpp>
 
+#include <cerrno>
+#include <cstdint>
+#include <cstdio>
+#include <limits>
+#include <memory>
+#include <system_error>
+
 #if !defined(_WIN32)
 #include <unistd.h>
 #endif
@@ -81,6 +88,133 @@ bool AnyWriteBit(fs::perms permissions)
 {
     return (permissions & (fs::owner_write | fs::group_write | fs::others_write)) != fs::no_perms;
 }
+
+// File streams on C stdio without a buffer of their own (_IONBF): a large write or read goes in
+// one system call straight between the caller's memory and the file. 64-bit offsets throughout.
+QString ErrnoReason(int error) { return QString::fromStdString(std::generic_category().message(error)); }
+
+std::FILE* OpenStream(const std::string& path, bool forWriting)
+{
+#if defined(_WIN32)
+    return ::_wfopen(QString::fromStdString(path).toStdWString().c_str(), forWriting ? L"wb" : L"rb");
+#else
+    return std::fopen(path.c_str(), forWriting ? "wb" : "rb");
+#endif
+}
+
+int SeekStream(std::FILE* stream, std::uint64_t offset, int origin)
+{
+#if defined(_WIN32)
+    return ::_fseeki64(stream, static_cast<long long>(offset), origin);
+#else
+    return ::fseeko(stream, static_cast<off_t>(offset), origin);
+#endif
+}
+
+std::uint64_t TellStream(std::FILE* stream)
+{
+#if defined(_WIN32)
+    const long long position = ::_ftelli64(stream);
+#else
+    const off_t position = ::ftello(stream);
+#endif
+    return position < 0 ? std::numeric_limits<std::uint64_t>::max() : std::uint64_t(position);
+}
+
+struct StreamCloser {
+    void operator()(std::FILE* stream) const noexcept { std::fclose(stream); }
+};
+using Stream = std::unique_ptr<std::FILE, StreamCloser>;
+
+class StdioWritableFile final : public I_WritableFile {
+public:
+    explicit StdioWritableFile(const std::string& path) : m_path(path)
+    {
+        if (!IsUsable(path))
+            RTE_THROW_MSG(FileWriteError, "OpenForWriting '" << Printable(path) << "' failed: " << Unusable(path));
+        errno = 0;
+        m_stream.reset(OpenStream(path, true));
+        if (!m_stream)
+            RTE_THROW_MSG(FileWriteError, "OpenForWriting '" << Printable(path) << "' failed: " << ErrnoReason(errno));
+        std::setvbuf(m_stream.get(), nullptr, _IONBF, 0);
+    }
+
+    void Append(const void* data, std::size_t size) override
+    {
+        if (!m_stream)
+            RTE_THROW_MSG(FileWriteError, "Write '" << Printable(m_path) << "' failed: the file is closed");
+        if (size == 0)
+            return;
+        errno = 0;
+        if (std::fwrite(data, 1, size, m_stream.get()) != size)
+            RTE_THROW_MSG(FileWriteError, "Write '" << Printable(m_path) << "' failed: " << ErrnoReason(errno));
+    }
+
+    void Close() override
+    {
+        if (!m_stream)
+            return;
+        errno = 0;
+        const bool failed = std::fclose(m_stream.release()) != 0;
+        if (failed)
+            RTE_THROW_MSG(FileWriteError, "Close '" << Printable(m_path) << "' failed: " << ErrnoReason(errno));
+    }
+
+private:
+    std::string m_path;
+    Stream m_stream;
+};
+
+class StdioReadableFile final : public I_ReadableFile {
+public:
+    explicit StdioReadableFile(const std::string& path) : m_path(path)
+    {
+        if (!IsUsable(path))
+            Fail("OpenForReading", path, Unusable(path));
+        error_code ec;
+        // Some systems open a folder for reading and fail only on the first read.
+        if (fs::is_directory(ToPath(path), ec))
+            Fail("OpenForReading", path, QStringLiteral("is a directory"));
+        errno = 0;
+        m_stream.reset(OpenStream(path, false));
+        if (!m_stream)
+            Fail("OpenForReading", path, ErrnoReason(errno));
+        std::setvbuf(m_stream.get(), nullptr, _IONBF, 0);
+    }
+
+    std::uint64_t Size() override
+    {
+        errno = 0;
+        if (SeekStream(m_stream.get(), 0, SEEK_END) != 0)
+            Fail("Size", m_path, ErrnoReason(errno));
+        const std::uint64_t size = TellStream(m_stream.get());
+        if (size == std::numeric_limits<std::uint64_t>::max())
+            Fail("Size", m_path, ErrnoReason(errno));
+        return size;
+    }
+
+    std::size_t ReadAt(std::uint64_t offset, void* data, std::size_t size) override
+    {
+        if (size == 0)
+            return 0;
+        errno = 0;
+        if (offset > std::uint64_t(std::numeric_limits<std::int64_t>::max()) ||
+            SeekStream(m_stream.get(), offset, SEEK_SET) != 0)
+            Fail("Read", m_path, errno != 0 ? ErrnoReason(errno) : QStringLiteral("offset out of range"));
+        const std::size_t got = std::fread(data, 1, size, m_stream.get());
+        if (got < size && std::ferror(m_stream.get())) {
+            const int error = errno;
+            std::clearerr(m_stream.get());
+            Fail("Read", m_path, ErrnoReason(error));
+        }
+        std::clearerr(m_stream.get());
+        return got;
+    }
+
+private:
+    std::string m_path;
+    Stream m_stream;
+};
 
 } // namespace
 
@@ -193,6 +327,22 @@ void BoostFileSystemBackend::Rename(const std::string& from, const std::string& 
         Fail("Rename", from, to, Reason(ec));
 }
 
+void BoostFileSystemBackend::ReplaceFile(const std::string& from, const std::string& to)
+{
+    Check("ReplaceFile", from, to);
+    const fs::path source = ToPath(from);
+    const fs::path target = ToPath(to);
+    error_code ec;
+    if (!fs::is_regular_file(fs::symlink_status(source, ec)))
+        Fail("ReplaceFile", from, to, QStringLiteral("source is no file"));
+    if (fs::is_directory(fs::symlink_status(target, ec)))
+        Fail("ReplaceFile", from, to, QStringLiteral("target is a directory"));
+    // rename(2) on POSIX and MoveFileEx with MOVEFILE_REPLACE_EXISTING on Windows: one step.
+    fs::rename(source, target, ec);
+    if (ec)
+        Fail("ReplaceFile", from, to, Reason(ec));
+}
+
 void BoostFileSystemBackend::CopyFile(const std::string& from, const std::string& to, bool overwrite)
 {
     Check("CopyFile", from, to);
@@ -246,6 +396,16 @@ std::vector<std::string> BoostFileSystemBackend::ListFiles(const std::string& fo
     if (ec)
         Fail("ListFiles", folder, Reason(ec));
     return files;
+}
+
+std::unique_ptr<I_WritableFile> BoostFileSystemBackend::OpenForWriting(const std::string& path)
+{
+    return std::make_unique<StdioWritableFile>(path);
+}
+
+std::unique_ptr<I_ReadableFile> BoostFileSystemBackend::OpenForReading(const std::string& path)
+{
+    return std::make_unique<StdioReadableFile>(path);
 }
 
 } // namespace Private

@@ -1,6 +1,6 @@
 #pragma once
-// The default file-system backend, on boost::filesystem. The only place of the runtime that calls
-// the platform's file functions.
+// The default file-system backend, on boost::filesystem and, for file streams, unbuffered C
+// stdio. The only place of the runtime that calls the platform's file functions.
 
 #include <RTE/FileSystem.h>
 
@@ -21,11 +21,17 @@ public:
     // Refuses a folder.
     void RemoveFile(const std::string& path) override;
     void Rename(const std::string& from, const std::string& to) override;
+    void ReplaceFile(const std::string& from, const std::string& to) override;
     // Refuses to copy a file onto itself, a folder, or onto a folder.
     void CopyFile(const std::string& from, const std::string& to, bool overwrite) override;
     // A folder that does not exist has no files; one that cannot be read raises RTE::FileError.
     // Symbolic links to folders are not followed; sub-folders that may not be read are skipped.
     std::vector<std::string> ListFiles(const std::string& folder, bool recursive) override;
+    // Unbuffered C stdio with 64-bit offsets: each Append is one write and each ReadAt a seek and
+    // one read, straight on the caller's memory. Paths are taken byte for byte (UTF-8 turned wide
+    // on Windows); paths that name no file (empty, with a NUL) are refused.
+    std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path) override;
+    std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path) override;
 };
 
 } // namespace Private

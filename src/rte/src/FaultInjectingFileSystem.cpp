@@ -2,11 +2,76 @@
 
 #include <RTE/Exception.h>
 
+#include <algorithm>
+
 namespace RTE {
 
+struct FaultInjectingFileSystem::WriteBudget {
+    std::mutex mutex;
+    std::uint64_t written = 0;
+    bool limited = false;
+    std::uint64_t left = 0; // while limited
+
+    // How many of `size` bytes the disk still takes; counts them as written.
+    std::size_t Take(std::size_t size)
+    {
+        std::lock_guard<std::mutex> lock(mutex);
+        std::size_t granted = size;
+        if (limited) {
+            granted = std::size_t(std::min<std::uint64_t>(left, size));
+            left -= granted;
+        }
+        written += granted;
+        return granted;
+    }
+};
+
+namespace {
+
+// A file of the target backend whose appends draw on the shared budget.
+class BudgetedFile final : public I_WritableFile {
+public:
+    BudgetedFile(std::unique_ptr<I_WritableFile> target, std::shared_ptr<FaultInjectingFileSystem::WriteBudget> budget,
+                 std::string path)
+        : m_target(std::move(target)), m_budget(std::move(budget)), m_path(std::move(path))
+    {
+    }
+
+    void Append(const void* data, std::size_t size) override
+    {
+        const std::size_t granted = m_budget->Take(size);
+        if (granted > 0)
+            m_target->Append(data, granted);
+        if (granted < size)
+            RTE_THROW_MSG(FileWriteError, "Injected fault: Write " << m_path << ": No space left on device");
+    }
+
+    void Close() override { m_target->Close(); }
+
+private:
+    std::unique_ptr<I_WritableFile> m_target;
+    std::shared_ptr<FaultInjectingFileSystem::WriteBudget> m_budget;
+    std::string m_path;
+};
+
+} // namespace
+
 FaultInjectingFileSystem::FaultInjectingFileSystem(std::shared_ptr<I_FileSystemBackend> target)
-    : m_target(target ? std::move(target) : FileSystem::GetDefaultBackend())
+    : m_target(target ? std::move(target) : FileSystem::GetDefaultBackend()), m_budget(std::make_shared<WriteBudget>())
 {
+}
+
+void FaultInjectingFileSystem::FailWritesAfter(std::uint64_t bytes)
+{
+    std::lock_guard<std::mutex> lock(m_budget->mutex);
+    m_budget->limited = true;
+    m_budget->left = bytes;
+}
+
+std::uint64_t FaultInjectingFileSystem::WrittenBytes() const
+{
+    std::lock_guard<std::mutex> lock(m_budget->mutex);
+    return m_budget->written;
 }
 
 void FaultInjectingFileSystem::FailCall(Operation operation, unsigned call)
@@ -28,6 +93,8 @@ void FaultInjectingFileSystem::ClearFaults()
         counter.failingCalls.clear();
         counter.failFrom = 0;
     }
+    std::lock_guard<std::mutex> budgetLock(m_budget->mutex);
+    m_budget->limited = false;
 }
 
 void FaultInjectingFileSystem::ResetCounts()
@@ -37,6 +104,8 @@ void FaultInjectingFileSystem::ResetCounts()
         counter.calls = 0;
         counter.failures = 0;
     }
+    std::lock_guard<std::mutex> budgetLock(m_budget->mutex);
+    m_budget->written = 0;
 }
 
 unsigned FaultInjectingFileSystem::CallCount(Operation operation) const
@@ -55,10 +124,12 @@ const char* FaultInjectingFileSystem::OperationName(Operation operation)
 {
     switch (operation) {
     case Operation::Rename: return "Rename";
+    case Operation::ReplaceFile: return "ReplaceFile";
     case Operation::RemoveFile: return "RemoveFile";
     case Operation::RemoveDirectory: return "RemoveDirectory";
     case Operation::CopyFile: return "CopyFile";
     case Operation::CreateDirectory: return "CreateDirectory";
+    case Operation::OpenForWriting: return "OpenForWriting";
     }
     return "?";
 }
@@ -74,8 +145,11 @@ void FaultInjectingFileSystem::Enter(Operation operation, const std::string& pat
         if (fail)
             ++counter.failures;
     }
-    if (fail)
+    if (fail) {
+        if (operation == Operation::OpenForWriting)
+            RTE_THROW_MSG(FileWriteError, "Injected fault: " << OperationName(operation) << " " << path);
         RTE_THROW_MSG(FileError, "Injected fault: " << OperationName(operation) << " " << path);
+    }
 }
 
 bool FaultInjectingFileSystem::Exists(const std::string& path) { return m_target->Exists(path); }
@@ -102,6 +176,12 @@ void FaultInjectingFileSystem::RemoveFile(const std::string& path)
     m_target->RemoveFile(path);
 }
 
+void FaultInjectingFileSystem::ReplaceFile(const std::string& from, const std::string& to)
+{
+    Enter(Operation::ReplaceFile, from);
+    m_target->ReplaceFile(from, to);
+}
+
 void FaultInjectingFileSystem::Rename(const std::string& from, const std::string& to)
 {
     Enter(Operation::Rename, from);
@@ -117,6 +197,17 @@ void FaultInjectingFileSystem::CopyFile(const std::string& from, const std::stri
 std::vector<std::string> FaultInjectingFileSystem::ListFiles(const std::string& folder, bool recursive)
 {
     return m_target->ListFiles(folder, recursive);
+}
+
+std::unique_ptr<I_WritableFile> FaultInjectingFileSystem::OpenForWriting(const std::string& path)
+{
+    Enter(Operation::OpenForWriting, path);
+    return std::make_unique<BudgetedFile>(m_target->OpenForWriting(path), m_budget, path);
+}
+
+std::unique_ptr<I_ReadableFile> FaultInjectingFileSystem::OpenForReading(const std::string& path)
+{
+    return m_target->OpenForReading(path);
 }
 
 } // namespace RTE

@@ -35,6 +35,10 @@ BackendSlot& Slot()
 
 I_FileSystemBackend::~I_FileSystemBackend() = default;
 
+I_WritableFile::~I_WritableFile() = default;
+
+I_ReadableFile::~I_ReadableFile() = default;
+
 std::shared_ptr<I_FileSystemBackend> FileSystem::GetDefaultBackend()
 {
     static auto* backend = new std::shared_ptr<I_FileSystemBackend>(std::make_shared<Private::BoostFileSystemBackend>());
@@ -78,6 +82,18 @@ void FileSystem::RemoveDirectory(const std::string& path) { GetBackend()->Remove
 void FileSystem::RemoveFile(const std::string& path) { GetBackend()->RemoveFile(path); }
 
 void FileSystem::Rename(const std::string& from, const std::string& to) { GetBackend()->Rename(from, to); }
+
+void FileSystem::ReplaceFile(const std::string& from, const std::string& to) { GetBackend()->ReplaceFile(from, to); }
+
+std::unique_ptr<I_WritableFile> FileSystem::OpenForWriting(const std::string& path)
+{
+    return GetBackend()->OpenForWriting(path);
+}
+
+std::unique_ptr<I_ReadableFile> FileSystem::OpenForReading(const std::string& path)
+{
+    return GetBackend()->OpenForReading(path);
+}
 
 std::string FileSystem::FixPath(const std::string& path)
 {

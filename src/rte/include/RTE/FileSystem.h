@@ -1,18 +1,48 @@
 #pragma once
 // File access of the library family. Every operation goes through one backend, the file-system
-// seam: the default backend works on boost::filesystem; tests install a backend that wraps it to
-// inject faults (the Nth rename fails, a removal is refused, ...), and a port to another platform
-// replaces it in one place. Failures raise RTE::FileError (a std::exception) naming the path.
+// seam: the default backend works on boost::filesystem (file streams on unbuffered C stdio);
+// tests install a backend that wraps it to inject faults (the Nth rename fails, a write finds the
+// disk full, ...), and a port to another platform replaces it in one place. Failures raise
+// RTE::FileError (a std::exception) naming the path.
 
 #include <RTE/Export.h>
 
 #include <QString>
 
+#include <cstddef>
+#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 namespace RTE {
+
+// A file open for writing from its start. Appends go straight to the system without a buffer of
+// their own, so large blocks are written without a copy. Used by one thread at a time; the
+// destructor closes the file without raising (call Close to learn about failures).
+class RTE_API I_WritableFile {
+public:
+    virtual ~I_WritableFile();
+    // Writes the bytes at the end of the file. A failure raises RTE::FileWriteError naming the path
+    // and the system's reason ("No space left on device"); what went to the file before it stays.
+    virtual void Append(const void* data, std::size_t size) = 0;
+    // Closes the file; further calls do nothing. Raises RTE::FileWriteError if the system reports
+    // that data could not be written.
+    virtual void Close() = 0;
+};
+
+// A file open for reading at any offset, without a buffer of its own: a read goes straight into
+// the caller's memory. Used by one thread at a time.
+class RTE_API I_ReadableFile {
+public:
+    virtual ~I_ReadableFile();
+    // The size in bytes.
+    virtual std::uint64_t Size() = 0;
+    // Reads up to `size` bytes from `offset` into `data` and returns how many were read: fewer than
+    // asked only at the end of the file, 0 from there on. A failure raises RTE::FileError naming
+    // the path and the system's reason.
+    virtual std::size_t ReadAt(std::uint64_t offset, void* data, std::size_t size) = 0;
+};
 
 // What the library needs of a file system. Paths are narrow UTF-8 strings with '/' or '\'.
 class RTE_API I_FileSystemBackend {
@@ -31,10 +61,19 @@ public:
     virtual void RemoveFile(const std::string& path) = 0;
     // Renames a file or folder; fails if the target exists.
     virtual void Rename(const std::string& from, const std::string& to) = 0;
+    // Puts the file `from` in place of the file `to` in one step: whoever opens `to` sees either
+    // the old file or the new one, never none. `to` need not exist. Both lie in one folder.
+    virtual void ReplaceFile(const std::string& from, const std::string& to) = 0;
     // Copies one file; without overwrite an existing target is a failure.
     virtual void CopyFile(const std::string& from, const std::string& to, bool overwrite) = 0;
     // The plain files (not folders) of a folder, as paths relative to it, with '/' between parts.
     virtual std::vector<std::string> ListFiles(const std::string& folder, bool recursive) = 0;
+    // Creates the file or empties an existing one and opens it for writing. Raises
+    // RTE::FileWriteError naming the path and the reason.
+    virtual std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path) = 0;
+    // Opens an existing file for reading. Raises RTE::FileError naming the path and the reason (a
+    // missing file, a folder, no permission).
+    virtual std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path) = 0;
 };
 
 class RTE_API FileSystem {
@@ -50,6 +89,10 @@ public:
     static void RemoveDirectory(const std::string& path);
     static void RemoveFile(const std::string& path);
     static void Rename(const std::string& from, const std::string& to);
+    static void ReplaceFile(const std::string& from, const std::string& to);
+    // File streams of the backend; see I_FileSystemBackend.
+    static std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path);
+    static std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path);
 
     // The path with every '\' turned into '/' and runs of separators folded into one (a leading
     // "//" of a network path stays). Touches no file.
