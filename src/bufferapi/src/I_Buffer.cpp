@@ -1,5 +1,0 @@
-#include <BufferApi/I_Buffer.h>
-
-namespace BufferApi {
-I_Buffer::~I_Buffer() = default;
-} // namespace BufferApi

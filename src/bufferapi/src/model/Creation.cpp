@@ -1,0 +1,43 @@
+// The public creation functions: frames with zero-filled planes, planes over caller memory.
+#include <BufferApi/Creation.h>
+
+#include "model/Buffer.h"
+#include "model/FrameFactory.h"
+#include "model/Plane.h"
+
+namespace BufferApi {
+
+I_Buffer* CreateBuffer()
+{
+    return new Private::Buffer();
+}
+
+I_FrameImage* CreateImageFrame(E_DataType type, unsigned width, unsigned height, unsigned depth)
+{
+    auto frame = Private::CreateFrame(E_FrameKind::Image, type, width, height, depth, 1, Private::PlaneMemory::Zeroed);
+    return static_cast<I_FrameImage*>(frame.release());
+}
+
+I_FrameVector* CreateVectorFrame(E_DataType type, unsigned width, unsigned height, unsigned depth, unsigned gridSize)
+{
+    auto frame =
+        Private::CreateFrame(E_FrameKind::Vector, type, width, height, depth, gridSize, Private::PlaneMemory::Zeroed);
+    return static_cast<I_FrameVector*>(frame.release());
+}
+
+I_FrameVector3C* CreateVector3CFrame(E_DataType type, unsigned width, unsigned height, unsigned depth,
+                                     unsigned gridSize)
+{
+    auto frame =
+        Private::CreateFrame(E_FrameKind::Vector3C, type, width, height, depth, gridSize, Private::PlaneMemory::Zeroed);
+    return static_cast<I_FrameVector3C*>(frame.release());
+}
+
+I_PlaneBase* CreatePlane(E_DataType type, unsigned width, unsigned height, void* data)
+{
+    if (data == nullptr)
+        return Private::MakePlane(type, width, height, Private::PlaneMemory::Zeroed).release();
+    return Private::MakeViewPlane(type, width, height, data).release();
+}
+
+} // namespace BufferApi

@@ -1,0 +1,7 @@
+#include <BufferApi/I_PlaneBase.h>
+
+namespace BufferApi {
+
+I_PlaneBase::~I_PlaneBase() = default;
+
+} // namespace BufferApi
