@@ -1,0 +1,272 @@
+// ExportBuffer: describe the buffer, pack its planes, lay the file out, write it under a temporary
+// name beside the target and rename it into place.
+
+#include "codec/PlaneCodec.h"
+#include "file/AttributeSection.h"
+#include "file/FileFormat.h"
+#include "file/HeadCodec.h"
+
+#include <BufferApi/BufferFile.h>
+#include <BufferApi/I_Buffer.h>
+#include <BufferApi/I_Component.h>
+#include <BufferApi/I_Frame.h>
+#include <BufferApi/I_PlaneBase.h>
+#include <BufferApi/I_Scale.h>
+
+#include <RTE/Exception.h>
+#include <RTE/FileSystem.h>
+#include <RTE/Logger.h>
+#include <RTE/Parameter/Factory.h>
+
+#include <algorithm>
+#include <array>
+#include <exception>
+#include <limits>
+#include <memory>
+#include <vector>
+
+namespace BufferApi {
+
+using namespace Private::BufferFile;
+using Private::PlaneCodec;
+
+namespace {
+
+// One plane on its way to the file.
+struct PlaneJob {
+    const I_PlaneBase* plane = nullptr;
+    std::size_t bytes = 0;
+    unsigned elementSize = 0;
+    PlaneEntry* entry = nullptr;
+    std::vector<std::uint8_t> packed; // empty: stored raw
+};
+
+int PackTypeOf(const boost::shared_ptr<RTE::Parameter::C_Tree>& options)
+{
+    if (!options)
+        return 0;
+    const boost::shared_ptr<RTE::Parameter::C_Node> node = options->Find(QStringLiteral("PackType"));
+    if (!node)
+        return 0;
+    const boost::shared_ptr<RTE::Parameter::C_Integer> packType = RTE::Parameter::CastToInteger(node);
+    RTE_VERIFY(packType, "ExportBuffer: the option \"PackType\" is not an integer");
+    const long long value = packType->GetValue();
+    // Only 0 and 2 have meanings of their own; every other value selects the fast pack.
+    return value == 0 || value == 2 ? int(value) : 1;
+}
+
+ScaleInfo Describe(const I_Scale& scale)
+{
+    ScaleInfo info;
+    info.factor = scale.GetFactor();
+    info.offset = scale.GetOffset();
+    info.unit = scale.GetUnit();
+    info.description = scale.GetDescription();
+    return info;
+}
+
+unsigned GridSizeOf(const I_Frame& frame)
+{
+    if (const auto* vector = dynamic_cast<const I_FrameVector*>(&frame))
+        return vector->GetGridSize();
+    if (const auto* vector3C = dynamic_cast<const I_FrameVector3C*>(&frame))
+        return vector3C->GetGridSize();
+    return 0;
+}
+
+// The head's description of the buffer, with plane offsets still open. Raises
+// RTE::VerificationFailed for what cannot be stored (frames without memory, say).
+Head Describe(const I_Buffer& buffer)
+{
+    if (buffer.GetNumberOfFrames() > kMaxFrames)
+        RTE_THROW_MSG(RTE::VerificationFailed,
+                      "ExportBuffer: " << buffer.GetNumberOfFrames() << " frames are more than a buffer file holds");
+    Head head;
+    head.frames.resize(buffer.GetNumberOfFrames());
+    for (unsigned f = 0; f < buffer.GetNumberOfFrames(); ++f) {
+        const I_Frame& frame = *buffer.GetFrame(f);
+        FrameInfo& info = head.frames[f];
+        if (!frame.HasData())
+            RTE_THROW_MSG(RTE::VerificationFailed, "ExportBuffer: frame " << f << " has no plane memory");
+        info.kind = frame.GetKind();
+        info.type = frame.GetDataType();
+        info.width = frame.GetWidth();
+        info.height = frame.GetHeight();
+        info.depth = frame.GetDepth();
+        info.gridSize = GridSizeOf(frame);
+        info.name = frame.GetName();
+        info.settings = frame.GetSettings();
+        for (unsigned axis = 0; axis < SCALE_TYPE_COUNT; ++axis)
+            info.scales[axis] = Describe(frame.GetScale(E_ScaleType(axis)));
+        info.components.resize(frame.GetComponentCount());
+        for (unsigned c = 0; c < frame.GetComponentCount(); ++c) {
+            const I_Component& component = *frame.GetComponentAt(c);
+            ComponentInfo& described = info.components[c];
+            described.name = component.GetName();
+            described.type = component.GetDataType();
+            described.hasScale = component.GetScale() != nullptr;
+            if (described.hasScale)
+                described.scale = Describe(*component.GetScale());
+            if (info.PlaneBytes(described.type) > kMaxPlaneBytes)
+                RTE_THROW_MSG(RTE::VerificationFailed,
+                              "ExportBuffer: the planes of frame " << f << " are larger than a buffer file holds");
+            RTE_VERIFY(component.GetPlaneCount() == info.depth, "ExportBuffer: a component has not one plane per depth");
+            described.planes.resize(info.depth);
+        }
+    }
+    return head;
+}
+
+std::vector<PlaneJob> ListPlanes(const I_Buffer& buffer, Head& head)
+{
+    std::vector<PlaneJob> jobs;
+    for (unsigned f = 0; f < buffer.GetNumberOfFrames(); ++f) {
+        const I_Frame& frame = *buffer.GetFrame(f);
+        for (unsigned c = 0; c < frame.GetComponentCount(); ++c) {
+            const I_Component& component = *frame.GetComponentAt(c);
+            for (unsigned p = 0; p < component.GetPlaneCount(); ++p) {
+                const I_PlaneBase* plane = component.GetPlane(p);
+                if (plane == nullptr || !plane->HasData())
+                    RTE_THROW_MSG(RTE::VerificationFailed, "ExportBuffer: plane " << p << " of component '"
+                                                                                  << component.GetName() << "' of frame "
+                                                                                  << f << " has no memory");
+                PlaneJob job;
+                job.plane = plane;
+                job.bytes = plane->GetByteSize();
+                job.elementSize = unsigned(plane->GetElementSize());
+                job.entry = &head.frames[f].components[c].planes[p];
+                jobs.push_back(std::move(job));
+            }
+        }
+    }
+    return jobs;
+}
+
+// Packs every plane; a plane that packing does not make smaller stays raw. The codec packs the
+// chunks of a large plane in parallel; small planes are packed in parallel with each other.
+void Pack(std::vector<PlaneJob>& jobs, PlaneCodec codec)
+{
+    if (codec == PlaneCodec::Raw || jobs.empty())
+        return;
+    std::size_t largest = 0;
+    for (const PlaneJob& job : jobs)
+        largest = std::max(largest, job.bytes);
+    const bool acrossPlanes = jobs.size() > 1 && largest <= 2 * Private::kDefaultChunkBytes;
+    const long count = long(jobs.size());
+    std::exception_ptr failure;
+#pragma omp parallel for schedule(dynamic, 1) if (acrossPlanes)
+    for (long i = 0; i < count; ++i) {
+        PlaneJob& job = jobs[std::size_t(i)];
+        try {
+            Private::PackPlane(codec, job.plane->GetData(), job.bytes, job.elementSize, job.packed);
+            if (job.packed.size() >= job.bytes)
+                job.packed = std::vector<std::uint8_t>();
+        } catch (...) {
+#pragma omp critical(SetApiBufferFileExport)
+            if (!failure)
+                failure = std::current_exception();
+        }
+    }
+    if (failure)
+        std::rethrow_exception(failure);
+}
+
+// Gives every plane its place: behind head and attributes, each at a multiple of 4096.
+void LayOut(Head& head, std::vector<PlaneJob>& jobs, std::size_t attributeBytes, PlaneCodec codec)
+{
+    head.attributesOffset = EncodeHead(head).size();
+    head.attributesBytes = attributeBytes;
+    std::uint64_t end = head.DataStart();
+    for (PlaneJob& job : jobs) {
+        const bool raw = job.packed.empty();
+        job.entry->codec = std::uint8_t(raw ? PlaneCodec::Raw : codec);
+        job.entry->storedBytes = raw ? job.bytes : job.packed.size();
+        job.entry->offset = AlignUp(end, kPlaneAlignment);
+        end = job.entry->offset + job.entry->storedBytes;
+    }
+    head.fileBytes = end;
+}
+
+void AppendZeros(RTE::I_WritableFile& file, std::uint64_t count)
+{
+    static const std::array<std::uint8_t, kPlaneAlignment> zeros{};
+    while (count > 0) {
+        const std::size_t piece = std::size_t(std::min<std::uint64_t>(count, zeros.size()));
+        file.Append(zeros.data(), piece);
+        count -= piece;
+    }
+}
+
+void WriteFile(const std::string& path, const std::vector<std::uint8_t>& headBytes,
+               const std::vector<std::uint8_t>& attributes, const std::vector<PlaneJob>& jobs)
+{
+    std::unique_ptr<RTE::I_WritableFile> file = RTE::FileSystem::OpenForWriting(path);
+    file->Append(headBytes.data(), headBytes.size());
+    file->Append(attributes.data(), attributes.size());
+    std::uint64_t position = headBytes.size() + attributes.size();
+    for (const PlaneJob& job : jobs) {
+        AppendZeros(*file, job.entry->offset - position);
+        if (job.packed.empty())
+            file->Append(job.plane->GetData(), job.bytes);
+        else
+            file->Append(job.packed.data(), job.packed.size());
+        position = job.entry->offset + job.entry->storedBytes;
+    }
+    file->Close();
+}
+
+// `folder/prefix + name + suffix` for `folder/name`.
+std::string Sibling(const std::string& path, const char* prefix, const char* suffix)
+{
+    const std::size_t separator = path.find_last_of("/\\");
+    const std::size_t nameStart = separator == std::string::npos ? 0 : separator + 1;
+    return path.substr(0, nameStart) + prefix + path.substr(nameStart) + suffix;
+}
+
+// Puts the written file in place of the target in one step: a reader sees the earlier file or
+// the new one, and a failure leaves the earlier file as it was.
+void Commit(const std::string& temporary, const std::string& path)
+{
+    RTE::FileSystem::ReplaceFile(temporary, path);
+}
+
+void RemoveQuietly(const std::string& path)
+{
+    try {
+        if (RTE::FileSystem::Exists(path))
+            RTE::FileSystem::RemoveFile(path);
+    } catch (const std::exception& e) {
+        RTE::C_Logger("BufferApi").error("Could not remove '" + path + "': " + e.what());
+    }
+}
+
+} // namespace
+
+void ExportBuffer(const I_Buffer* buffer, const std::string& path, boost::shared_ptr<RTE::Parameter::C_Tree> options)
+{
+    RTE_VERIFY(buffer != nullptr, "ExportBuffer: no buffer");
+    RTE_VERIFY(!path.empty(), "ExportBuffer: empty path");
+    const PlaneCodec codec = Private::CodecForPackType(PackTypeOf(options));
+    Head head = Describe(*buffer);
+    std::vector<PlaneJob> jobs = ListPlanes(*buffer, head);
+    if (RTE::FileSystem::IsDirectory(path))
+        RTE_THROW_MSG(RTE::FileWriteError, "Cannot write buffer file '" << path << "': a folder of that name exists");
+
+    const std::string temporary = Sibling(path, ".~", "");
+    try {
+        Pack(jobs, codec);
+        const std::vector<std::uint8_t> attributes = EncodeAttributes(*buffer);
+        LayOut(head, jobs, attributes.size(), codec);
+        const std::vector<std::uint8_t> headBytes = EncodeHead(head);
+        WriteFile(temporary, headBytes, attributes, jobs);
+        Commit(temporary, path);
+    } catch (const std::exception& e) {
+        RemoveQuietly(temporary);
+        RTE_THROW_MSG(RTE::FileWriteError, "Cannot write buffer file '" << path << "': " << e.what());
+    } catch (...) {
+        RemoveQuietly(temporary);
+        RTE_THROW_MSG(RTE::FileWriteError, "Cannot write buffer file '" << path << "': unknown failure");
+    }
+}
+
+} // namespace BufferApi
