@@ -357,18 +357,6 @@ QString C_Set::GetBufferTitle(unsigned index) const
     return parts[1].section(QLatin1Char('.'), 0, 0);
 }
 
-void C_Set::AppendBuffer(const BufferApi::I_Buffer* buffer)
-{
-    UpdateFilenameMap(UPDATE_IF_STALE);
-    unsigned index = 0;
-    {
-        std::lock_guard<std::recursive_mutex> lock(m_mutex);
-        if (!m_fileMap.empty())
-            index = m_indexMax + 1;
-    }
-    StoreBuffer(buffer, index);
-}
-
 // ---- removal and renumbering --------------------------------------------------------------------
 
 void C_Set::RemoveBuffer(unsigned index)
@@ -436,11 +424,10 @@ void C_Set::ReorganizeBufferFileNames()
 
 // ---- file names ---------------------------------------------------------------------------------
 
-std::string C_Set::GetStorageName(const BufferApi::I_Buffer* /*buffer*/, unsigned index,
+std::string C_Set::GetStorageName(const BufferApi::I_Buffer* buffer, unsigned index,
                                   const std::string& parameters, const std::string& extension) const
 {
-    // Vector buffers are told apart by the buffer library; until it answers, buffers are images.
-    std::string suffix = "im7";
+    std::string suffix = buffer && buffer->IsVectorBuffer() ? "vc7" : "im7";
     if (!extension.empty())
         suffix = extension[0] == '.' ? extension.substr(1) : extension;
 

@@ -6,8 +6,9 @@
 // that others add to the folder show only after GetFileList(). Every parameter change is on disk
 // when the call returns.
 //
-// Storing and loading buffer files comes with the buffer library; until then those operations
-// answer as C_SetBase does.
+// Buffer files are written and read by the buffer library (BufferApi::ExportBuffer/ImportBuffer);
+// this class decides what they are called, where they lie and how the numbering is kept. The
+// lock guards the file map only: a buffer export runs without it.
 
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_SetBase.h>
@@ -37,6 +38,10 @@ public:
     QString GetTypeIdentifier() const override;
     std::string GetName() const override;
     bool IsOpen() const override;
+    void StoreBuffer(const BufferApi::I_Buffer* buffer, unsigned index) override;
+    std::unique_ptr<BufferApi::I_Buffer> LoadBuffer(unsigned index) const override;
+    DataObjects::BufferStructureInformation GetBufferStructureInformation(unsigned index) const override;
+    DataObjects::GlobalAndFrameAttributes GetAttributes(unsigned index) const override;
     void AppendBuffer(const BufferApi::I_Buffer* buffer) override;
     unsigned GetSize() const override;
     void GetInfo(unsigned& count, unsigned& minimumIndex, unsigned& maximumIndex) const override;
@@ -52,6 +57,9 @@ public:
     void RemoveBuffer(unsigned index) override;
     void RemoveBufferRange(unsigned start, unsigned end) override;
     bool HasFullDataTraces() const override;
+    // Old two-frame traces (one row of samples per frame) are converted to the x-y plot form.
+    std::unique_ptr<BufferApi::I_Buffer> LoadFullDataTraces() const override;
+    void StoreFullDataTraces(BufferApi::I_Buffer* traces) override;
 
     // C_SetBase
     bool GetParameter(const std::string& name, int& value) const override;
@@ -76,6 +84,10 @@ public:
     // extension given, without its dot).
     std::string GetStorageName(const BufferApi::I_Buffer* buffer, unsigned index, const std::string& parameters,
                                const std::string& extension) const;
+    // Stores the buffer under the index. A buffer stored again under an index that has a file keeps
+    // that file's name: the new parameter text and extension are dropped.
+    void StoreBufferWithParametersThrows(const BufferApi::I_Buffer* buffer, unsigned index,
+                                         const std::string& parameters, const std::string& extension);
     void AddParameter(const std::string& name, const std::string& value);
     void SetType(E_SetType type);
     void SetComment(const std::string& comment);
@@ -108,6 +120,8 @@ protected:
 
 private:
     void MarkChangedAndWrite();
+    // The head buffer of the next buffer file at or behind the index ("No buffer found in the set.").
+    std::unique_ptr<BufferApi::I_Buffer> ReadHead(unsigned index, bool withAttributes) const;
     std::string FolderFile(const std::string& fileName) const;
 
     std::string m_name;

@@ -4,11 +4,15 @@
 
 #include <SetApi/Export.h>
 
+#include <memory>
 #include <string>
+
+namespace BufferApi { class I_Buffer; }
 
 namespace SetApi {
 
 class C_DataSetParameter;
+class I_Set;
 
 class SETAPI_API C_SetUtilities {
 public:
@@ -53,6 +57,12 @@ public:
     // Removes every plain file of the folder whose extension is not "set" (any case). Sub-folders
     // and the set files of child sets stay. File-system failures raise RTE::FileError.
     static void ClearSetDirectory(const std::string& folder);
+
+    // Grows the set to `count` buffers by appending `fill` (or, when null, a copy of the set's last
+    // buffer; an empty set then raises RTE::Exception), and shrinks a set of more than `count`
+    // buffers (only when count > 0) by RemoveBuffer(GetSize()) calls. A plain set refuses that
+    // index, so shrinking works only on set classes that accept it; this is kept so.
+    static void ResizeSet(std::shared_ptr<I_Set> set, int count, BufferApi::I_Buffer* fill);
 };
 
 } // namespace SetApi
