@@ -48,14 +48,46 @@
 #include <Storage/SettingsSerializer.h>
 
 // Buffers
+#include <BufferApi/AttributeStore.h>
+#include <BufferApi/Attributes.h>
+#include <BufferApi/BufferFile.h>
+#include <BufferApi/Creation.h>
 #include <BufferApi/DataType.h>
 #include <BufferApi/Export.h>
+#include <BufferApi/I_Attribute.h>
 #include <BufferApi/I_Buffer.h>
+#include <BufferApi/I_Component.h>
+#include <BufferApi/I_Frame.h>
+#include <BufferApi/I_PlaneBase.h>
+#include <BufferApi/I_Scale.h>
+#include <BufferApi/ImagePlaneAccess.h>
+#include <BufferApi/MaskOp.h>
+#include <BufferApi/PackType.h>
+#include <BufferApi/TypedScalar.h>
 
 // Data objects
+#include <DataObjects/BufferAttributes.h>
 #include <DataObjects/BufferStructureInformation.h>
+#include <DataObjects/C_Attribute.h>
+#include <DataObjects/C_AttributeValue.h>
+#include <DataObjects/C_Attributes.h>
+#include <DataObjects/C_AttributesContainer.h>
+#include <DataObjects/C_BufferAttributes.h>
 #include <DataObjects/Export.h>
 #include <DataObjects/GlobalAndFrameAttributes.h>
+#include <DataObjects/Image.h>
+#include <DataObjects/ImageBufferVariant.h>
+#include <DataObjects/ImageConversion.h>
+#include <DataObjects/ImageData.h>
+#include <DataObjects/ImageVolumeVariant.h>
+#include <DataObjects/LinearScale.h>
+#include <DataObjects/Mask.h>
+#include <DataObjects/MaskVolume.h>
+#include <DataObjects/PixelType.h>
+#include <DataObjects/ScalarFields.h>
+#include <Algorithms/IndexRange.h>
+#include <Math/Point2T.h>
+#include <Math/Size3T.h>
 
 // Sets
 #include <SetApi/set/C_DataSetParameter.h>
@@ -72,3 +104,7 @@
 // The set factory
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/factory/I_SetFactoryObserver.h>
+
+// Typed views of sets
+#include <SetApi/dataobjects/ImageSet.h>
+#include <SetApi/dataobjects/ImageSetVariant.h>
