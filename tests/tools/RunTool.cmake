@@ -1,11 +1,22 @@
-# Script mode: runs TOOL with the arguments ARG1 and ARG2 (each optional) and checks its exit code (EXPECT_CODE, or NONZERO)
-# and, if given, that standard error matches EXPECT_STDERR as a whole.
+# Script mode: runs TOOL with the arguments ARG1 to ARG8 (each optional) and checks
+#   EXPECT_CODE      its exit code (a number, or NONZERO);
+#   EXPECT_STDERR    if given, a regular expression that standard error must match;
+#   EXPECT_STDOUT    if given, a regular expression that standard output must match.
+# Before the run, FRESH_DIRECTORY (if given) is made an empty folder. After it:
+#   EXPECT_NO_FILES  a list of glob expressions that must match nothing (hidden files included);
+#   EXPECT_FILE      a file that must exist; its first 32 bytes as lower-case hex must match the
+#                    regular expression EXPECT_HEX, and its size must be at least EXPECT_MIN_SIZE
+#                    (each if given).
 set(args)
-foreach(name ARG1 ARG2)
+foreach(name ARG1 ARG2 ARG3 ARG4 ARG5 ARG6 ARG7 ARG8)
   if(DEFINED ${name})
     list(APPEND args ${${name}})
   endif()
 endforeach()
+if(DEFINED FRESH_DIRECTORY)
+  file(REMOVE_RECURSE ${FRESH_DIRECTORY})
+  file(MAKE_DIRECTORY ${FRESH_DIRECTORY})
+endif()
 execute_process(COMMAND ${TOOL} ${args} RESULT_VARIABLE code OUTPUT_VARIABLE out ERROR_VARIABLE err)
 if(EXPECT_CODE STREQUAL "NONZERO")
   if(code EQUAL 0)
@@ -16,4 +27,30 @@ elseif(NOT code EQUAL EXPECT_CODE)
 endif()
 if(DEFINED EXPECT_STDERR AND NOT err MATCHES "${EXPECT_STDERR}")
   message(FATAL_ERROR "stderr does not match '${EXPECT_STDERR}': '${err}'")
+endif()
+if(DEFINED EXPECT_STDOUT AND NOT out MATCHES "${EXPECT_STDOUT}")
+  message(FATAL_ERROR "stdout does not match '${EXPECT_STDOUT}': '${out}'")
+endif()
+foreach(pattern IN LISTS EXPECT_NO_FILES)
+  file(GLOB found LIST_DIRECTORIES true ${pattern})
+  if(found)
+    message(FATAL_ERROR "expected no file for '${pattern}', found: ${found}")
+  endif()
+endforeach()
+if(DEFINED EXPECT_FILE)
+  if(NOT EXISTS ${EXPECT_FILE})
+    message(FATAL_ERROR "expected the file '${EXPECT_FILE}'")
+  endif()
+  if(DEFINED EXPECT_HEX)
+    file(READ ${EXPECT_FILE} head LIMIT 32 HEX)
+    if(NOT head MATCHES "^${EXPECT_HEX}")
+      message(FATAL_ERROR "'${EXPECT_FILE}' begins with ${head}, expected ${EXPECT_HEX}")
+    endif()
+  endif()
+  if(DEFINED EXPECT_MIN_SIZE)
+    file(SIZE ${EXPECT_FILE} size)
+    if(size LESS EXPECT_MIN_SIZE)
+      message(FATAL_ERROR "'${EXPECT_FILE}' has ${size} bytes, expected at least ${EXPECT_MIN_SIZE}")
+    endif()
+  endif()
 endif()

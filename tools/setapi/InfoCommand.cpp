@@ -1,3 +1,4 @@
+#include "BufferPrinter.h"
 #include "Commands.h"
 #include "SetPrinter.h"
 
@@ -20,6 +21,7 @@ int RunInfo(const std::string& path)
     if (!set->IsOpen())
         RTE_THROW_MSG(RTE::Exception, "'" << path << "' is no set that this library can open");
     PrintSet(std::cout, *set);
+    PrintBuffers(std::cout, *set);
     return 0;
 }
 
