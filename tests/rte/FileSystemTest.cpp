@@ -487,3 +487,18 @@ TEST(FileStreamTest, AFullDeviceReportsNoSpace)
     }
 }
 #endif
+
+TEST(FileSystemTest, GetFilesCountsLinksToFilesAndNothingElse)
+{
+    TestSupport::TempDir dir;
+    WriteFile(dir / "B00001.im7", "1");
+    FileSystem::CreateDirectory(dir / "B00002.folder");
+    boost::system::error_code ec;
+    boost::filesystem::create_symlink(dir / "B00001.im7", dir / "B00003.im7", ec);
+    boost::filesystem::create_directory_symlink(dir / "B00002.folder", dir / "B00004.im7", ec);
+    boost::filesystem::create_symlink(dir / "missing", dir / "B00005.im7", ec);
+    if (ec)
+        GTEST_SKIP() << "no symbolic links here: " << ec.message();
+    EXPECT_EQ(FileSystem::GetFiles(dir.path(), "B.*", false, false),
+              (std::vector<std::string>{"B00001.im7", "B00003.im7"}));
+}

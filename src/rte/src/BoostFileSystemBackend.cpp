@@ -12,6 +12,8 @@
 #include <system_error>
 
 #if !defined(_WIN32)
+#include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #endif
 
@@ -368,6 +370,34 @@ void BoostFileSystemBackend::CopyFile(const std::string& from, const std::string
         Fail("CopyFile", from, to, Reason(ec));
 }
 
+#if !defined(_WIN32)
+namespace {
+// The plain files of a folder by readdir; an entry of unknown type or a symbolic link is asked
+// with stat (a link counts as the file it points to). False if the folder cannot be opened, so
+// that the portable path reports the failure.
+bool ListPlainFilesFast(const std::string& folder, std::vector<std::string>& files)
+{
+    DIR* directory = ::opendir(folder.c_str());
+    if (!directory)
+        return false;
+    while (const dirent* entry = ::readdir(directory)) {
+        const char* name = entry->d_name;
+        if (name[0] == '.' && (name[1] == '\0' || (name[1] == '.' && name[2] == '\0')))
+            continue;
+        bool plain = entry->d_type == DT_REG;
+        if (entry->d_type == DT_UNKNOWN || entry->d_type == DT_LNK) {
+            struct stat info;
+            plain = ::stat((folder + '/' + name).c_str(), &info) == 0 && S_ISREG(info.st_mode);
+        }
+        if (plain)
+            files.emplace_back(name);
+    }
+    ::closedir(directory);
+    return true;
+}
+} // namespace
+#endif
+
 std::vector<std::string> BoostFileSystemBackend::ListFiles(const std::string& folder, bool recursive)
 {
     std::vector<std::string> files;
@@ -383,6 +413,12 @@ std::vector<std::string> BoostFileSystemBackend::ListFiles(const std::string& fo
         return fs::is_regular_file(entry.status(statusError)) && !statusError;
     };
     if (!recursive) {
+#if !defined(_WIN32)
+        // One readdir pass that takes the entry type from the directory itself: a folder of
+        // 100 000 buffer files is listed without 100 000 stat calls.
+        if (ListPlainFilesFast(folder, files))
+            return files;
+#endif
         fs::directory_iterator it(root, ec);
         for (; !ec && it != fs::directory_iterator(); it.increment(ec))
             if (isFile(*it))
