@@ -220,6 +220,11 @@ void ImageSetVariant::Clear()
         m_set->RemoveBuffer(index - 1);
 }
 
+bool ImageSetVariant::Delete()
+{
+    return SetApi::C_SetFactory::Instance().Remove(QString::fromStdString(m_set->GetName()));
+}
+
 // ---- ImageSet<T>
 
 template <typename T>

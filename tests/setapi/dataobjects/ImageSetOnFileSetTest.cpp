@@ -6,6 +6,8 @@
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/set/C_Set.h>
 
+#include <RTE/FileSystem.h>
+
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -98,4 +100,16 @@ TEST(ImageSetOnFileSet, MissingAndEmptySetsAreRefusedByThePathForm)
     ImageSetVariant empty(PathOf(dir, "Empty"), true);
     EXPECT_EQ(MessageOf([&] { CreateImageSet(PathOf(dir, "Empty"), Algorithms::IndexRange(0, 0, 1), false); }),
               "Empty set");
+}
+
+TEST(ImageSetOnFileSet, DeleteRemovesTheSetFromDisk)
+{
+    TempDir dir;
+    const QString path = PathOf(dir, "Images");
+    ImageSetVariant images(path, true);
+    images.Append(Image<float>(3, 2, 1.5f));
+    EXPECT_TRUE(images.Delete());
+    EXPECT_FALSE(SetApi::C_SetFactory::Instance().Exists(dir / "Images"));
+    EXPECT_FALSE(RTE::FileSystem::Exists(dir / "Images"));
+    EXPECT_FALSE(images.Delete()); // nothing left to delete
 }

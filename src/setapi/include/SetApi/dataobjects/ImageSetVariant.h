@@ -112,6 +112,9 @@ public:
     void AddParameter(const std::string& name, const std::string& value);
     // Removes every buffer of the set, from the highest index down to 0.
     void Clear();
+    // Deletes the set from disk through C_SetFactory::Remove (the error text is dropped). The object
+    // stays and refers to a closed set.
+    bool Delete();
 
 protected:
     virtual std::unique_ptr<BufferApi::I_Buffer> LoadBuffer(unsigned index) const;

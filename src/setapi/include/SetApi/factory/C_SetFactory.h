@@ -59,6 +59,16 @@ public:
     // The set is pinned and open, or its ".set" file exists. A folder alone makes no set.
     bool Exists(std::string path);
 
+    // Deletes a set from disk, set file and folder as one: both are first renamed out of the way,
+    // so that a failure at any step puts back what was moved and leaves the set as it was. False
+    // with `error` saying why ("No write access to SET", "SET does not exist", ...); false with an
+    // empty `error` when there is no such set. Tells the observers on success.
+    bool Remove(const std::string& path, std::string& error);
+    // The same, without the error text.
+    bool Remove(const QString& path);
+    // Whether two set names are the same, compared in upper case.
+    bool Same(std::string a, std::string b);
+
     void AddPersistant(std::shared_ptr<I_Set> set);
     void RemovePersistant(std::shared_ptr<I_Set> set);
 
@@ -97,6 +107,8 @@ private:
     std::shared_ptr<I_Set> Find(const std::string& path, bool& flag);
     std::shared_ptr<I_Set> OpenNormalised(const std::string& path);
     void NotifyOnRename(const std::string& from, const std::string& to);
+    // Unpins the set of that name, if it is pinned and open.
+    void RemoveFromPersistantCache(std::string path);
 
     boost::signals2::signal<void(const QString&)> m_dataChanged;
     std::list<std::shared_ptr<I_Set>> m_persistentCache;
