@@ -8,12 +8,15 @@
 #include <BufferApi/I_Component.h>
 #include <BufferApi/I_Frame.h>
 #include <BufferApi/I_Scale.h>
+#include <BufferApi/TypedScalar.h>
 
 #include <QFileInfo>
 
+#include <algorithm>
 #include <exception>
 #include <memory>
 #include <sstream>
+#include <vector>
 
 namespace SetApiTool {
 
@@ -87,15 +90,31 @@ void PrintFrame(std::ostream& out, const I_Frame& frame, unsigned number, const 
     out << indent << "frame " << number << " \"" << frame.GetName() << "\": " << frame.GetWidth() << " x "
         << frame.GetHeight() << " x " << frame.GetDepth() << ", " << DataTypeName(frame.GetDataType()) << ", "
         << KindName(frame) << (frame.HasMask() ? ", mask" : "") << '\n';
+    // Typed scalars are shown under their own names, apart from the frame's other components.
+    I_Frame& editable = const_cast<I_Frame&>(frame); // the typed-scalar view wants a mutable frame; nothing is changed
+    std::vector<const I_PlaneBase*> scalarPlanes;
+    std::ostringstream scalars;
+    for (const std::string& name : GetNamesOfFrameBoundTypedScalars(&frame)) {
+        C_TypedScalarFrame scalar(&editable, name);
+        scalarPlanes.push_back(scalar.GetComponent(0));
+        scalars << (scalarPlanes.size() > 1 ? ", " : " ") << name << " (" << DataTypeName(scalar.GetDataType()) << ", "
+                << Describe(scalar.GetScale()) << ')';
+    }
     out << indent << "  components:";
+    bool first = true;
     for (unsigned c = 0; c < frame.GetComponentCount(); ++c) {
         const I_Component* component = frame.GetComponentAt(c);
-        out << (c ? ", " : " ") << component->GetName() << " (" << DataTypeName(component->GetDataType());
+        if (std::find(scalarPlanes.begin(), scalarPlanes.end(), component->GetPlane(0)) != scalarPlanes.end())
+            continue;
+        out << (first ? " " : ", ") << component->GetName() << " (" << DataTypeName(component->GetDataType());
         if (const I_Scale* scale = component->GetScale())
             out << ", " << Describe(*scale);
         out << ')';
+        first = false;
     }
     out << '\n';
+    if (!scalarPlanes.empty())
+        out << indent << "  typed scalars:" << scalars.str() << '\n';
     static const char* const axes[SCALE_TYPE_COUNT] = {"x", "y", "z", "t", "intensity"};
     for (unsigned axis = 0; axis < SCALE_TYPE_COUNT; ++axis) {
         const I_Scale& scale = frame.GetScale(E_ScaleType(axis));
