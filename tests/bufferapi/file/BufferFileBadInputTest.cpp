@@ -293,7 +293,7 @@ TEST_F(BufferFileBadInputTest, APackedStreamMustMatchItsPlane)
     Store(swapped, second + 8, Load(good, first + 8, 8), 8);
     Store(swapped, second + 16, Load(good, first + 16, 1), 1);
     FixHeadChecksum(swapped);
-    EXPECT_NE(ImportFails(swapped, false).find("does not match the plane"), std::string::npos);
+    EXPECT_NE(ImportFails(swapped, false).find("Packed plane of element size 2 where 1 is expected"), std::string::npos);
 }
 
 TEST_F(BufferFileBadInputTest, VersionsAreChecked)

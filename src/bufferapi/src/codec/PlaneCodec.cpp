@@ -211,6 +211,21 @@ void PackPlane(PlaneCodec codec, const void* src, std::size_t bytes, unsigned el
     PackChunked(codec, in, bytes, elementSize, out, chunkBytes);
 }
 
+void CheckPackedPlane(PlaneCodec codec, const std::uint8_t* src, std::size_t srcBytes, std::size_t dstBytes,
+                      unsigned elementSize)
+{
+    RTE_VERIFY(IsCodec(codec), "Unknown plane codec");
+    RTE_VERIFY(IsElementSize(elementSize), "Plane element size must be 1, 2, 4 or 8");
+    RTE_VERIFY(src != nullptr || srcBytes == 0, "Packed plane without data");
+    if (codec == PlaneCodec::Raw) {
+        if (srcBytes != dstBytes)
+            RTE_THROW_MSG(RTE::Exception, "Raw plane of " << srcBytes << " bytes where " << dstBytes
+                                                          << " are expected");
+        return;
+    }
+    CheckChunked(codec, src, srcBytes, dstBytes, elementSize);
+}
+
 void UnpackPlane(PlaneCodec codec, const std::uint8_t* src, std::size_t srcBytes, void* dst, std::size_t dstBytes,
                  unsigned elementSize)
 {

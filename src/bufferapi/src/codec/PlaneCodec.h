@@ -38,4 +38,10 @@ BUFFERAPI_API void PackPlane(PlaneCodec codec, const void* src, std::size_t byte
 BUFFERAPI_API void UnpackPlane(PlaneCodec codec, const std::uint8_t* src, std::size_t srcBytes, void* dst,
                                std::size_t dstBytes, unsigned elementSize);
 
+// The checks of UnpackPlane that need no destination: header, chunk table and sizes against the
+// input and the expected plane size. A reader calls it before it sets memory aside for the plane,
+// so that a small file cannot make it allocate what it merely claims.
+BUFFERAPI_API void CheckPackedPlane(PlaneCodec codec, const std::uint8_t* src, std::size_t srcBytes,
+                                    std::size_t dstBytes, unsigned elementSize);
+
 } // namespace BufferApi::Private

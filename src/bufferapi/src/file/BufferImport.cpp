@@ -1,7 +1,6 @@
 // ImportBuffer and GetImportInformation: the head first, checked completely, then frames with
 // plane memory (import) or without (head only), then the planes and the attributes.
 
-#include "codec/PackedPlaneFormat.h"
 #include "codec/PlaneCodec.h"
 #include "file/AttributeSection.h"
 #include "file/FileError.h"
@@ -84,11 +83,13 @@ std::unique_ptr<I_Frame> ReadFrame(SourceFile& file, const FrameInfo& info, std:
             std::vector<std::uint8_t>& bytes = packed[c][p];
             bytes.resize(std::size_t(entry.storedBytes));
             file.ReadExactly(entry.offset, bytes.data(), bytes.size());
-            const Private::PackedPlane::Header header = Private::PackedPlane::ReadHeader(bytes.data());
-            if (header.codec != entry.codec || header.elementSize != elementSize ||
-                header.planeBytes != info.PlaneBytes(component.type))
-                FailCorrupt(file.Path(), PlaneLabel(frameIndex, component, p) +
-                                             QStringLiteral(": the packed stream does not match the plane"));
+            try {
+                // Header, chunk table and sizes: a plane size the stream does not confirm never costs memory.
+                Private::CheckPackedPlane(Private::PlaneCodec(entry.codec), bytes.data(), bytes.size(),
+                                          std::size_t(info.PlaneBytes(component.type)), unsigned(elementSize));
+            } catch (const RTE::Exception& e) {
+                FailCorrupt(file.Path(), PlaneLabel(frameIndex, component, p) + QStringLiteral(": ") + e.message());
+            }
         }
     }
 
