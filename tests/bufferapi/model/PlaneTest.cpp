@@ -126,8 +126,8 @@ TEST(PlaneTest, CheckedPlaneBytes)
 
 TEST(PlaneTest, MemoryThatCannotBeHadRaisesException)
 {
-#if defined(__SANITIZE_ADDRESS__)
-    GTEST_SKIP() << "the address sanitizer aborts on allocations beyond its limit";
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+    GTEST_SKIP() << "the sanitizers abort on allocations beyond its limit";
 #else
     const unsigned max = std::numeric_limits<unsigned>::max();
     // Nearly 2^64 bytes: the size is valid arithmetic but no system can provide it.
