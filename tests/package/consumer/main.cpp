@@ -24,6 +24,15 @@ int main(int argc, char** argv)
     if (!opened->IsOpen() || !reopened || !reopened->GetParameter("SetComments", comment) ||
         comment != "from another project")
         return 1;
-    std::printf("opened %s (%s)\n", opened->GetName().c_str(), opened->GetTypeIdentifier().toStdString().c_str());
+
+    // A typed image goes in as a buffer file and comes back through the typed view.
+    DataObjects::ImageSetVariant images(*opened, true);
+    images.Append(DataObjects::Image<unsigned short>(8, 4, 1234));
+    const auto back = DataObjects::CreateImageSet(*opened, Algorithms::IndexRange{0, 0, 1});
+    const auto info = opened->GetBufferStructureInformation(0);
+    if (back->GetSize() != 1 || info.width != 8 || info.dataType != BufferApi::DATATYPE_WORD)
+        return 1;
+    std::printf("opened %s (%s), %u buffer\n", opened->GetName().c_str(),
+                opened->GetTypeIdentifier().toStdString().c_str(), opened->GetSize());
     return 0;
 }
