@@ -4,6 +4,7 @@
 #include "PlaneTestData.h"
 
 #include "codec/PackedPlaneFormat.h"
+#include "common/Crc32.h"
 #include "codec/PlaneCodec.h"
 
 #include <support/TestSupport.h>
@@ -172,7 +173,7 @@ TEST_P(PackedPlaneCorruption, CorruptChunkBehindValidChecksumsIsRefused)
     const std::size_t chunk = packedChunk();
     const Format::TableEntry entry = Format::ReadTableEntry(m_packed.data(), chunk);
     const auto resealChunk = [&](std::vector<std::uint8_t>& damaged, std::uint32_t packedBytes) {
-        const std::uint32_t crc = Format::Crc32(damaged.data() + chunkOffset(chunk), packedBytes);
+        const std::uint32_t crc = BufferApi::Private::Crc32(damaged.data() + chunkOffset(chunk), packedBytes);
         Format::WriteTableEntry({packedBytes, crc}, damaged.data(), chunk);
         Reseal(damaged);
     };

@@ -3,7 +3,7 @@
 
 #include "BufferFileTestData.h"
 
-#include "file/Checksum.h"
+#include "common/Crc32.h"
 
 #include <RTE/Exception.h>
 
@@ -51,7 +51,7 @@ protected:
     static void FixHeadChecksum(std::string& bytes)
     {
         const std::size_t checked = std::size_t(Load(bytes, kHeadBytesAt, 4)) - 4;
-        Store(bytes, checked, Private::BufferFile::Checksum(reinterpret_cast<const std::uint8_t*>(bytes.data()), checked), 4);
+        Store(bytes, checked, Private::Crc32(reinterpret_cast<const std::uint8_t*>(bytes.data()), checked), 4);
     }
 
     static void FixAttributeChecksum(std::string& bytes)
@@ -59,7 +59,7 @@ protected:
         const std::size_t at = std::size_t(Load(bytes, kAttributesOffsetAt, 8));
         const std::size_t checked = std::size_t(Load(bytes, kAttributesBytesAt, 8)) - 4;
         Store(bytes, at + checked,
-              Private::BufferFile::Checksum(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at, checked), 4);
+              Private::Crc32(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at, checked), 4);
     }
 
     // The end of head and attributes: everything a checksum covers.

@@ -15,6 +15,9 @@
 
 #include <RTE/Parameter/Factory.h>
 
+#include "common/ByteOrder.h"
+#include "support/TestSupport.h"
+
 #include <gtest/gtest.h>
 
 #include <cstdint>
@@ -125,12 +128,7 @@ inline BufferPtr SmallBuffer(unsigned width = 4, unsigned height = 3)
     return buffer;
 }
 
-inline std::uint64_t BitsOf(double value)
-{
-    std::uint64_t bits;
-    std::memcpy(&bits, &value, 8);
-    return bits;
-}
+using TestSupport::BitsOf;
 
 inline void ExpectSameScale(const BufferApi::I_Scale& a, const BufferApi::I_Scale& b, const std::string& where)
 {
@@ -226,16 +224,12 @@ constexpr std::size_t kFirstFrameAt = 48;
 
 inline std::uint64_t Load(const std::string& bytes, std::size_t at, unsigned size)
 {
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < size; ++i)
-        value |= std::uint64_t(std::uint8_t(bytes[at + i])) << (8 * i);
-    return value;
+    return BufferApi::Private::LoadLE(reinterpret_cast<const std::uint8_t*>(bytes.data()) + at, size);
 }
 
 inline void Store(std::string& bytes, std::size_t at, std::uint64_t value, unsigned size)
 {
-    for (unsigned i = 0; i < size; ++i)
-        bytes[at + i] = char(std::uint8_t(value >> (8 * i)));
+    BufferApi::Private::StoreLE(value, reinterpret_cast<std::uint8_t*>(&bytes[0]) + at, size);
 }
 
 } // namespace BufferFileTest

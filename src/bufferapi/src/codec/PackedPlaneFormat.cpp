@@ -1,9 +1,7 @@
 #include "codec/PackedPlaneFormat.h"
 
-#include <zlib.h>
-
-#include <algorithm>
-#include <limits>
+#include "common/ByteOrder.h"
+#include "common/Crc32.h"
 
 namespace BufferApi::Private::PackedPlane {
 
@@ -12,30 +10,13 @@ namespace {
 template <class T>
 T Load(const std::uint8_t* p)
 {
-    T value = 0;
-    for (std::size_t i = 0; i < sizeof(T); ++i)
-        value |= static_cast<T>(static_cast<T>(p[i]) << (8 * i));
-    return value;
+    return static_cast<T>(LoadLE(p, sizeof(T)));
 }
 
 template <class T>
 void Store(T value, std::uint8_t* p)
 {
-    for (std::size_t i = 0; i < sizeof(T); ++i)
-        p[i] = static_cast<std::uint8_t>(value >> (8 * i));
-}
-
-uLong Crc32Continue(uLong crc, const std::uint8_t* data, std::size_t bytes)
-{
-    // crc32_z takes a z_size_t, but stay within what every zlib build's crc32 takes per call.
-    constexpr std::size_t kStep = std::numeric_limits<uInt>::max() / 2;
-    while (bytes > 0) {
-        const std::size_t n = std::min(bytes, kStep);
-        crc = crc32(crc, data, static_cast<uInt>(n));
-        data += n;
-        bytes -= n;
-    }
-    return crc;
+    StoreLE(value, p, sizeof(T));
 }
 
 } // namespace
@@ -79,16 +60,10 @@ void WriteTableEntry(const TableEntry& entry, std::uint8_t* stream, std::size_t 
     Store(entry.checksum, p + 4);
 }
 
-std::uint32_t Crc32(const std::uint8_t* data, std::size_t bytes)
-{
-    return static_cast<std::uint32_t>(Crc32Continue(crc32(0, nullptr, 0), data, bytes));
-}
-
 std::uint32_t HeaderChecksum(const std::uint8_t* stream, std::uint32_t chunkCount)
 {
-    uLong crc = Crc32Continue(crc32(0, nullptr, 0), stream, kChecksumOffset);
-    crc = Crc32Continue(crc, stream + kHeaderBytes, std::size_t(chunkCount) * kTableEntryBytes);
-    return static_cast<std::uint32_t>(crc);
+    const std::uint32_t crc = Private::Crc32(stream, kChecksumOffset);
+    return Private::Crc32Update(crc, stream + kHeaderBytes, std::size_t(chunkCount) * kTableEntryBytes);
 }
 
 } // namespace BufferApi::Private::PackedPlane

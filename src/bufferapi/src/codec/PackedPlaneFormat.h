@@ -38,9 +38,6 @@ BUFFERAPI_API void WriteHeader(const Header& header, std::uint8_t* dst);
 BUFFERAPI_API TableEntry ReadTableEntry(const std::uint8_t* stream, std::size_t i);
 BUFFERAPI_API void WriteTableEntry(const TableEntry& entry, std::uint8_t* stream, std::size_t i);
 
-// CRC-32 (the zlib polynomial) of a block of bytes.
-BUFFERAPI_API std::uint32_t Crc32(const std::uint8_t* data, std::size_t bytes);
-
 // The header checksum: CRC-32 of the header bytes before the checksum, followed by the table of
 // chunkCount entries. The stream holds at least the header and that table.
 BUFFERAPI_API std::uint32_t HeaderChecksum(const std::uint8_t* stream, std::uint32_t chunkCount);

@@ -2,6 +2,7 @@
 
 #include "codec/ChunkCodec.h"
 #include "codec/PackedPlaneFormat.h"
+#include "common/Crc32.h"
 
 #include <RTE/Exception.h>
 
@@ -72,7 +73,7 @@ void PackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t bytes, u
             const std::size_t offset = std::size_t(i) * chunkBytes;
             const std::size_t rawBytes = ChunkRawBytes(bytes, chunkBytes, std::size_t(i));
             packed[i] = packer.Pack(src + offset, rawBytes, chunkArea + offset, errors[i]);
-            checksums[i] = Format::Crc32(chunkArea + offset, packed[i]);
+            checksums[i] = Crc32(chunkArea + offset, packed[i]);
         }
     }
     ThrowFirstChunkError(errors, "Could not pack");
@@ -165,7 +166,7 @@ void UnpackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t srcByt
         for (std::int64_t i = 0; i < n; ++i) {
             const Format::TableEntry entry = Format::ReadTableEntry(src, std::size_t(i));
             const std::uint8_t* chunk = src + offsets[i];
-            if (Format::Crc32(chunk, entry.packedBytes) != entry.checksum)
+            if (Crc32(chunk, entry.packedBytes) != entry.checksum)
                 errors[i] = "checksum mismatch";
             else
                 errors[i] = unpacker.Unpack(chunk, entry.packedBytes, dst + std::size_t(i) * chunkBytes,

@@ -1,7 +1,7 @@
 #include "file/AttributeSection.h"
 
 #include "file/ByteCoding.h"
-#include "file/Checksum.h"
+#include "common/Crc32.h"
 #include "file/FileError.h"
 #include "file/FileFormat.h"
 
@@ -117,7 +117,7 @@ std::vector<std::uint8_t> EncodeAttributes(const I_Buffer& buffer)
     EncodeList(w, buffer.GetAttributeStore());
     for (unsigned i = 0; i < buffer.GetNumberOfFrames(); ++i)
         EncodeList(w, buffer.GetFrame(i)->GetAttributeStore());
-    w.U32(Checksum(w.Bytes().data(), w.Size()));
+    w.U32(Crc32(w.Bytes().data(), w.Size()));
     return std::move(w.Bytes());
 }
 
@@ -127,7 +127,7 @@ void DecodeAttributes(const std::uint8_t* bytes, std::size_t size, std::uint16_t
     if (size < kChecksumBytes)
         FailCorrupt(path, QStringLiteral("attribute section of ") + QString::number(size) + QStringLiteral(" bytes"));
     const std::size_t checkedBytes = size - kChecksumBytes;
-    if (Checksum(bytes, checkedBytes) != std::uint32_t(LoadLE(bytes + checkedBytes, 4)))
+    if (Crc32(bytes, checkedBytes) != std::uint32_t(LoadLE(bytes + checkedBytes, 4)))
         FailCorrupt(path, QStringLiteral("attribute checksum mismatch"));
     ByteReader r(bytes, checkedBytes, path, QStringLiteral("the attribute section"));
     DecodeList(r, QStringLiteral("the buffer"), minor, buffer.GetAttributeStore());

@@ -2,6 +2,8 @@
 // Little-endian encoding of the buffer file's fields, byte by byte whatever the host's order, and
 // a reader that checks every field against the bytes left before it takes it.
 
+#include "common/ByteOrder.h"
+
 #include <QString>
 
 #include <cstddef>
@@ -56,25 +58,16 @@ public:
 private:
     void Put(std::uint64_t value, unsigned bytes)
     {
-        for (unsigned i = 0; i < bytes; ++i)
-            m_bytes.push_back(static_cast<std::uint8_t>(value >> (8 * i)));
+        const std::size_t at = m_bytes.size();
+        m_bytes.resize(at + bytes);
+        Set(at, value, bytes);
     }
-    void Set(std::size_t at, std::uint64_t value, unsigned bytes)
-    {
-        for (unsigned i = 0; i < bytes; ++i)
-            m_bytes[at + i] = static_cast<std::uint8_t>(value >> (8 * i));
-    }
+    void Set(std::size_t at, std::uint64_t value, unsigned bytes) { StoreLE(value, m_bytes.data() + at, bytes); }
 
     std::vector<std::uint8_t> m_bytes;
 };
 
-inline std::uint64_t LoadLE(const std::uint8_t* bytes, unsigned count)
-{
-    std::uint64_t value = 0;
-    for (unsigned i = 0; i < count; ++i)
-        value |= std::uint64_t(bytes[i]) << (8 * i);
-    return value;
-}
+using Private::LoadLE;
 
 // Reads fields from a range of bytes of the file at `path`. Running out of bytes raises
 // RTE::Exception "Buffer file '<path>' is corrupt (<what> ends early)", where `what` names the

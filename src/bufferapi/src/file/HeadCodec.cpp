@@ -2,7 +2,7 @@
 
 #include "codec/PlaneCodec.h"
 #include "file/ByteCoding.h"
-#include "file/Checksum.h"
+#include "common/Crc32.h"
 #include "file/FileError.h"
 
 #include <RTE/Exception.h>
@@ -211,7 +211,7 @@ std::vector<std::uint8_t> EncodeHead(const Head& head)
     const std::uint64_t headBytes = w.Size() + kChecksumBytes;
     RTE_VERIFY(headBytes <= kMaxHeadBytes, "The buffer's head is too large for a buffer file");
     w.PatchU32(headBytesAt, std::uint32_t(headBytes));
-    w.U32(Checksum(w.Bytes().data(), w.Size()));
+    w.U32(Crc32(w.Bytes().data(), w.Size()));
     return std::move(w.Bytes());
 }
 
@@ -254,7 +254,7 @@ Preamble DecodePreamble(const std::uint8_t* bytes, std::size_t available, std::u
 Head DecodeHead(const Preamble& preamble, const std::uint8_t* bytes, std::uint64_t fileSize, const std::string& path)
 {
     const std::size_t checkedBytes = preamble.headBytes - kChecksumBytes;
-    if (Checksum(bytes, checkedBytes) != std::uint32_t(LoadLE(bytes + checkedBytes, 4)))
+    if (Crc32(bytes, checkedBytes) != std::uint32_t(LoadLE(bytes + checkedBytes, 4)))
         FailCorrupt(path, QStringLiteral("head checksum mismatch"));
 
     Head head;
