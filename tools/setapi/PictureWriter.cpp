@@ -3,60 +3,57 @@
 #include "TiffWriter.h"
 
 #include <RTE/Exception.h>
+#include <RTE/FileSystem.h>
 
 #include <algorithm>
 #include <cctype>
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <filesystem>
 #include <iomanip>
 #include <random>
 #include <sstream>
-#include <system_error>
 
 namespace SetApiTool {
 
 namespace {
 
-namespace fs = std::filesystem;
-
 std::string LowerExtension(const std::string& path)
 {
-    std::string extension = fs::u8path(path).extension().u8string();
+    std::string extension = RTE::FileSystem::ExtractExtension(path, false);
     std::transform(extension.begin(), extension.end(), extension.begin(),
                    [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
     return extension;
 }
 
 // A hidden name beside the target that no other export picks at the same time.
-fs::path TemporaryNameFor(const fs::path& target)
+std::string TemporaryNameFor(const std::string& target)
 {
-    std::random_device device;
+    const std::size_t separator = target.find_last_of("/\\");
+    const std::size_t nameStart = separator == std::string::npos ? 0 : separator + 1;
     std::ostringstream name;
-    name << '.' << target.filename().u8string() << '.' << std::hex << std::setw(8) << std::setfill('0')
-         << device() << ".part";
-    return target.parent_path() / fs::u8path(name.str());
+    name << target.substr(0, nameStart) << '.' << target.substr(nameStart) << '.' << std::hex << std::setw(8)
+         << std::setfill('0') << std::random_device()() << ".part";
+    return name.str();
 }
 
-// Removes the temporary file unless the rename has taken it over.
+// Removes the temporary file unless it has taken the target's place.
 class TemporaryFile {
 public:
-    explicit TemporaryFile(fs::path path) : m_path(std::move(path)) {}
+    explicit TemporaryFile(std::string path) : m_path(std::move(path)) {}
     ~TemporaryFile()
     {
-        if (!m_released) {
-            std::error_code ignored;
-            fs::remove(m_path, ignored);
+        try {
+            if (!m_released && RTE::FileSystem::Exists(m_path))
+                RTE::FileSystem::RemoveFile(m_path);
+        } catch (const std::exception&) {
+            // A leftover hidden file is all that can remain.
         }
     }
     TemporaryFile(const TemporaryFile&) = delete;
     TemporaryFile& operator=(const TemporaryFile&) = delete;
-    const fs::path& path() const { return m_path; }
+    const std::string& path() const { return m_path; }
     void Release() { m_released = true; }
 
 private:
-    fs::path m_path;
+    std::string m_path;
     bool m_released = false;
 };
 
@@ -76,33 +73,31 @@ E_PictureFormat PictureFormatOf(const std::string& path)
 void WritePicture(const S_PlaneView& view, const std::string& path)
 {
     const E_PictureFormat format = PictureFormatOf(path);
-    const fs::path target = fs::u8path(path);
-    fs::path folder = target.parent_path();
-    if (folder.empty())
-        folder = fs::path(".");
-    std::error_code error;
-    if (!fs::is_directory(folder, error))
-        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': there is no folder '"
-                                                              << folder.u8string() << "'");
-    if (fs::is_directory(target, error))
+    const std::size_t separator = path.find_last_of("/\\");
+    const std::string folder = separator == std::string::npos ? std::string(".")
+                               : separator == 0             ? std::string("/")
+                                                            : path.substr(0, separator);
+    if (!RTE::FileSystem::IsDirectory(folder))
+        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': there is no folder '" << folder << "'");
+    if (RTE::FileSystem::IsDirectory(path))
         RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': it is a folder");
 
-    TemporaryFile temporary(TemporaryNameFor(target));
-    const std::string temporaryName = temporary.path().u8string();
-    // Creating the file first tells an unwritable folder by the target's name, before any work.
-    std::FILE* probe = std::fopen(temporaryName.c_str(), "wb");
-    if (!probe)
-        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': " << std::strerror(errno));
-    std::fclose(probe);
-
+    TemporaryFile temporary(TemporaryNameFor(path));
+    try {
+        // Creating the file first tells an unwritable folder by the target's name, before any work.
+        RTE::FileSystem::OpenForWriting(temporary.path())->Close();
+    } catch (const RTE::Exception& e) {
+        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': " << e.message());
+    }
     if (format == E_PictureFormat::Png)
-        WritePng(view, temporaryName);
+        WritePng(view, temporary.path());
     else
-        WriteTiff(view, temporaryName);
-
-    fs::rename(temporary.path(), target, error);
-    if (error)
-        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': " << error.message());
+        WriteTiff(view, temporary.path());
+    try {
+        RTE::FileSystem::ReplaceFile(temporary.path(), path);
+    } catch (const RTE::Exception& e) {
+        RTE_THROW_MSG(RTE::FileWriteError, "cannot write '" << path << "': " << e.message());
+    }
     temporary.Release();
 }
 
