@@ -13,7 +13,7 @@ packages=(
   libboost1.74-dev libboost-filesystem1.74-dev libboost-regex1.74-dev
   libboost-thread1.74-dev libboost-serialization1.74-dev
   libcli11-dev libgtest-dev libgmock-dev libbenchmark-dev
-  libpng-dev libtiff-dev liblz4-dev libzstd-dev zlib1g-dev
+  libpng-dev libtiff-dev liblz4-dev libzstd-dev zlib1g-dev libxxhash-dev
 )
 
 missing=()

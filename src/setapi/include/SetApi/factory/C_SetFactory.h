@@ -32,6 +32,7 @@
 namespace SetApi {
 
 class I_SetFactoryObserver;
+class C_CopyFiles;
 
 class SETAPI_API C_SetFactory {
 public:
@@ -68,6 +69,24 @@ public:
     bool Remove(const QString& path);
     // Whether two set names are the same, compared in upper case.
     bool Same(std::string a, std::string b);
+    // Renames set file and folder within their parent folder; `newName` is a bare name. False,
+    // with nothing touched, when a set of the new name exists. Nothing is rolled back when the
+    // folder was renamed and the set file then could not be.
+    bool Rename(std::string path, std::string newName);
+    // Moves a set to another full path: by renaming when the file system allows, else by copying
+    // and then removing the source. A set at the target is replaced. False when the source does
+    // not exist, the target is empty or names the source, or both ways failed.
+    bool Move(std::string from, std::string to);
+    // Copies a set. `recursive` copies the folders of child sets too. With `keepExisting` an
+    // existing target keeps its set files while its other files are replaced; without it the
+    // target set is removed first. False when the source does not exist or the copy failed.
+    bool Copy(std::string from, std::string to, bool recursive, bool keepExisting);
+    // The same copy, watched: `whileCopying` runs on the calling thread once the copier of the
+    // folder's content has started (with progress figures on); it may poll the copier's
+    // progress and call Abort. The copy's result comes when it returns. An aborted copy returns
+    // false and leaves what it had copied in the target.
+    bool Copy(std::string from, std::string to, bool recursive, bool keepExisting,
+              const std::function<void(C_CopyFiles& copier)>& whileCopying);
 
     void AddPersistant(std::shared_ptr<I_Set> set);
     void RemovePersistant(std::shared_ptr<I_Set> set);

@@ -1,0 +1,3 @@
+#include <StreamIO/ContentPurpose.h>
+
+#include <gtest/gtest.h>
