@@ -16,6 +16,9 @@
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
+#if defined(__linux__)
+#include <fcntl.h>
+#endif
 
 namespace RTE {
 namespace Private {
@@ -218,6 +221,63 @@ private:
     Stream m_stream;
 };
 
+#if defined(__linux__)
+// Reads of 4 KiB-aligned target, offset and size through a descriptor opened with O_DIRECT, all
+// others through the buffered file. Mixing both on one file is coherent: the kernel writes back
+// and drops cached pages of a range before it reads that range directly.
+class DirectReadableFile final : public I_ReadableFile {
+public:
+    static constexpr std::uint64_t kAlignment = 4096;
+
+    DirectReadableFile(int descriptor, std::unique_ptr<I_ReadableFile> buffered, std::string path)
+        : m_descriptor(descriptor), m_buffered(std::move(buffered)), m_path(std::move(path))
+    {
+    }
+    ~DirectReadableFile() override { ::close(m_descriptor); }
+
+    std::uint64_t Size() override { return m_buffered->Size(); }
+
+    std::size_t ReadAt(std::uint64_t offset, void* data, std::size_t size) override
+    {
+        const bool aligned = (offset % kAlignment) == 0 && (size % kAlignment) == 0 &&
+                             (reinterpret_cast<std::uintptr_t>(data) % kAlignment) == 0;
+        if (!m_direct || !aligned || size == 0)
+            return m_buffered->ReadAt(offset, data, size);
+        if (offset > std::uint64_t(std::numeric_limits<std::int64_t>::max()))
+            Fail("Read", m_path, QStringLiteral("offset out of range"));
+        auto* target = static_cast<char*>(data);
+        std::size_t done = 0;
+        while (done < size) {
+            const ::ssize_t got = ::pread(m_descriptor, target + done, size - done, off_t(offset + done));
+            if (got < 0) {
+                const int error = errno;
+                if (error == EINTR)
+                    continue;
+                if (error != EINVAL)
+                    Fail("Read", m_path, ErrnoReason(error));
+                // The file system takes O_DIRECT at open but not for reads: read buffered from now.
+                m_direct = false;
+                return done + m_buffered->ReadAt(offset + done, target + done, size - done);
+            }
+            if (got == 0)
+                break;
+            done += std::size_t(got);
+            if (done % kAlignment != 0) // a short read ends at the end of the file
+                break;
+        }
+        return done;
+    }
+
+    bool IsDirect() const override { return m_direct; }
+
+private:
+    int m_descriptor;
+    bool m_direct = true;
+    std::unique_ptr<I_ReadableFile> m_buffered;
+    std::string m_path;
+};
+#endif
+
 } // namespace
 
 bool BoostFileSystemBackend::Exists(const std::string& path)
@@ -365,9 +425,78 @@ void BoostFileSystemBackend::CopyFile(const std::string& from, const std::string
         if (fs::is_directory(targetStatus))
             Fail("CopyFile", from, to, QStringLiteral("target is a directory"));
     }
+#if defined(__linux__)
+    // boost::filesystem::copy_file of Boost 1.74 ends every copy with fdatasync, so that each file
+    // waits for the disk: a set of a thousand buffer files then copies at a third of the speed of
+    // cp. Here the kernel copies (copy_file_range, a plain read/write loop where the file systems
+    // cannot) and the data goes out to the disk as with any other write. The new file has the
+    // source's permissions (less the umask); a failed copy leaves no partial target behind.
+    struct Descriptor {
+        int fd = -1;
+        ~Descriptor()
+        {
+            if (fd >= 0)
+                ::close(fd);
+        }
+    };
+    Descriptor in, out;
+    in.fd = ::open(from.c_str(), O_RDONLY | O_CLOEXEC);
+    struct stat sourceInfo {};
+    if (in.fd < 0 || ::fstat(in.fd, &sourceInfo) != 0)
+        Fail("CopyFile", from, to, ErrnoReason(errno));
+    out.fd = ::open(to.c_str(), O_WRONLY | O_CREAT | O_CLOEXEC | (overwrite ? O_TRUNC : O_EXCL),
+                    sourceInfo.st_mode & 07777);
+    if (out.fd < 0)
+        Fail("CopyFile", from, to, ErrnoReason(errno));
+    int error = 0;
+    bool kernelCopy = true;
+    std::unique_ptr<char[]> block;
+    constexpr std::size_t kBlock = std::size_t(1) << 20;
+    for (;;) {
+        ::ssize_t got = 0;
+        if (kernelCopy) {
+            got = ::copy_file_range(in.fd, nullptr, out.fd, nullptr, std::size_t(1) << 30, 0);
+            if (got < 0 && (errno == EXDEV || errno == ENOSYS || errno == EOPNOTSUPP || errno == EINVAL)) {
+                kernelCopy = false; // the offsets stand where the kernel left them
+                continue;
+            }
+        } else {
+            if (!block)
+                block.reset(new char[kBlock]);
+            got = ::read(in.fd, block.get(), kBlock);
+            for (::ssize_t written = 0; got > 0 && written < got;) {
+                const ::ssize_t put = ::write(out.fd, block.get() + written, std::size_t(got - written));
+                if ((put < 0 && errno != EINTR) || put == 0) {
+                    error = put == 0 ? EIO : errno;
+                    break;
+                }
+                written += put > 0 ? put : 0;
+            }
+            if (error != 0)
+                break;
+        }
+        if (got < 0) {
+            if (errno == EINTR)
+                continue;
+            error = errno;
+            break;
+        }
+        if (got == 0)
+            break;
+    }
+    const int closed = ::close(out.fd);
+    out.fd = -1;
+    if (error == 0 && closed != 0)
+        error = errno;
+    if (error != 0) {
+        ::unlink(to.c_str());
+        Fail("CopyFile", from, to, ErrnoReason(error));
+    }
+#else
     fs::copy_file(source, target, overwrite ? fs::copy_options::overwrite_existing : fs::copy_options::none, ec);
     if (ec)
         Fail("CopyFile", from, to, Reason(ec));
+#endif
 }
 
 #if !defined(_WIN32)
@@ -442,6 +571,18 @@ std::unique_ptr<I_WritableFile> BoostFileSystemBackend::OpenForWriting(const std
 std::unique_ptr<I_ReadableFile> BoostFileSystemBackend::OpenForReading(const std::string& path)
 {
     return std::make_unique<StdioReadableFile>(path);
+}
+
+std::unique_ptr<I_ReadableFile> BoostFileSystemBackend::OpenForDirectReading(const std::string& path)
+{
+    // The buffered file does the checks and failures of an ordinary open.
+    auto buffered = std::make_unique<StdioReadableFile>(path);
+#if defined(__linux__)
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_DIRECT | O_CLOEXEC);
+    if (descriptor >= 0)
+        return std::make_unique<DirectReadableFile>(descriptor, std::move(buffered), path);
+#endif
+    return buffered;
 }
 
 } // namespace Private

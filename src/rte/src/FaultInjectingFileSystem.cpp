@@ -210,4 +210,9 @@ std::unique_ptr<I_ReadableFile> FaultInjectingFileSystem::OpenForReading(const s
     return m_target->OpenForReading(path);
 }
 
+std::unique_ptr<I_ReadableFile> FaultInjectingFileSystem::OpenForDirectReading(const std::string& path)
+{
+    return m_target->OpenForDirectReading(path);
+}
+
 } // namespace RTE

@@ -39,6 +39,13 @@ I_WritableFile::~I_WritableFile() = default;
 
 I_ReadableFile::~I_ReadableFile() = default;
 
+bool I_ReadableFile::IsDirect() const { return false; }
+
+std::unique_ptr<I_ReadableFile> I_FileSystemBackend::OpenForDirectReading(const std::string& path)
+{
+    return OpenForReading(path);
+}
+
 std::shared_ptr<I_FileSystemBackend> FileSystem::GetDefaultBackend()
 {
     static auto* backend = new std::shared_ptr<I_FileSystemBackend>(std::make_shared<Private::BoostFileSystemBackend>());
@@ -93,6 +100,11 @@ std::unique_ptr<I_WritableFile> FileSystem::OpenForWriting(const std::string& pa
 std::unique_ptr<I_ReadableFile> FileSystem::OpenForReading(const std::string& path)
 {
     return GetBackend()->OpenForReading(path);
+}
+
+std::unique_ptr<I_ReadableFile> FileSystem::OpenForReading(const std::string& path, ReadMode mode)
+{
+    return mode == ReadMode::Direct ? GetBackend()->OpenForDirectReading(path) : GetBackend()->OpenForReading(path);
 }
 
 std::string FileSystem::FixPath(const std::string& path)

@@ -66,6 +66,7 @@ public:
     std::vector<std::string> ListFiles(const std::string& folder, bool recursive) override;
     std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path) override;
     std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path) override;
+    std::unique_ptr<I_ReadableFile> OpenForDirectReading(const std::string& path) override;
 
     // The byte budget of the simulated disk, shared with the files opened for writing.
     struct WriteBudget;

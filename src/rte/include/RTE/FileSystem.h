@@ -17,6 +17,12 @@
 
 namespace RTE {
 
+// How a file is opened for reading. Direct reads go around the system's page cache (O_DIRECT on
+// Linux) when the file system allows it and the read's target address, file offset and size are
+// all multiples of 4096 bytes; every other read, and every read on a system or file system
+// without direct I/O, is an ordinary buffered one. The bytes read are the same either way.
+enum class ReadMode { Buffered, Direct };
+
 // A file open for writing from its start. Appends go straight to the system without a buffer of
 // their own, so large blocks are written without a copy. Used by one thread at a time; the
 // destructor closes the file without raising (call Close to learn about failures).
@@ -42,6 +48,8 @@ public:
     // asked only at the end of the file, 0 from there on. A failure raises RTE::FileError naming
     // the path and the system's reason.
     virtual std::size_t ReadAt(std::uint64_t offset, void* data, std::size_t size) = 0;
+    // Whether 4 KiB-aligned reads currently go around the page cache (see ReadMode).
+    virtual bool IsDirect() const;
 };
 
 // What the library needs of a file system. Paths are narrow UTF-8 strings with '/' or '\'.
@@ -74,6 +82,9 @@ public:
     // Opens an existing file for reading. Raises RTE::FileError naming the path and the reason (a
     // missing file, a folder, no permission).
     virtual std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path) = 0;
+    // As OpenForReading, with direct reads where the system allows (ReadMode::Direct). Falls back
+    // silently to buffered reads; the default does so always.
+    virtual std::unique_ptr<I_ReadableFile> OpenForDirectReading(const std::string& path);
 };
 
 class RTE_API FileSystem {
@@ -93,6 +104,7 @@ public:
     // File streams of the backend; see I_FileSystemBackend.
     static std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path);
     static std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path);
+    static std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path, ReadMode mode);
 
     // The path with every '\' turned into '/' and runs of separators folded into one (a leading
     // "//" of a network path stays). Touches no file.

@@ -54,7 +54,8 @@ public:
     bool IsBoolData() const override;
 
     // Whether reads go around the page cache (direct I/O) where the file system allows, straight
-    // into the caller's memory when it is suitably aligned. Off by default; set before Open.
+    // into the caller's memory when it is 4 KiB aligned (as the buffer library's planes are); other
+    // reads stay buffered. Off by default; takes effect at once, also on an open stream.
     void SetDirectIo(bool direct);
 
 private:

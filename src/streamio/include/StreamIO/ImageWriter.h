@@ -19,10 +19,6 @@
 
 namespace SetApi {
 
-namespace Private {
-class ImageStreamFile;
-}
-
 class STREAMIO_API C_ImageWriter {
 public:
     enum E_BitsPerPixel { Word = 1, Byte = 2, Float = 3, Double = 4, Mask = 5 };
@@ -45,7 +41,8 @@ public:
 
     // Appends one image, depth 1: framesPerImage frames of width x height elements, one after the
     // other. Raises RTE::VerificationFailed before Open or for depth above 1, RTE::FileWriteError
-    // when the write fails; the stream then holds the images before this one.
+    // when the write fails; the stream then holds the images before this one, and every later
+    // append raises RTE::FileWriteError too (nothing may follow a partial record).
     void AppendFramesOfOneImage(const void* data);
     // Appends one image of depth above 1 (or 1): one pointer per plane, frames one after the
     // other, planes in order within a frame.
