@@ -1,3 +1,0 @@
-#include <StreamIO/ContentPurpose.h>
-
-#include <gtest/gtest.h>
