@@ -2,6 +2,9 @@
 // The sub-commands of the setapi tool. Each returns the process exit code and reports failures by
 // throwing; main turns an exception into one line on standard error and exit code 1.
 
+#include <atomic>
+#include <functional>
+#include <ostream>
 #include <string>
 
 namespace SetApiTool {
@@ -17,5 +20,46 @@ int RunInfo(const std::string& path);
 // `picturePath` (see WritePicture). No set, no such buffer or frame, an unknown extension or an
 // unwritable file raise, and leave no file behind.
 int RunExport(const std::string& setPath, unsigned index, const std::string& picturePath, unsigned frame);
+
+// Lists the sets of a folder, sorted by name, one per line: name, type, buffer count; a set file
+// that does not open is marked "(does not open)". With `recursive` the child sets follow their
+// parent, indented by two blanks per level. A missing folder raises.
+int RunList(const std::string& folder, bool recursive, std::ostream& out);
+
+// The exit code of a command stopped by Ctrl-C, as a shell reports a process ended by SIGINT.
+constexpr int InterruptedExitCode = 130;
+
+struct S_CopyOptions {
+    bool recursive = true;     // copy the folders of child sets too
+    bool keepExisting = false; // merge into an existing target instead of replacing it
+};
+
+struct S_CopyProgress;
+
+// What a copy looks at while it runs. `interrupted` is polled every few milliseconds; once raised,
+// the copy is stopped. `progress`, if set, receives the progress line. `onPoll` sees the figures at
+// each poll, on the calling thread (a test raises the flag from it).
+struct CopyWatch {
+    const std::atomic<bool>& interrupted;
+    std::ostream* progress = nullptr;
+    std::function<void(const S_CopyProgress&)> onPoll;
+};
+
+// Copies a set through the factory and prints "copied <from> to <to> (<n> files, <m> MB)". An
+// interrupt stops the copier, removes the target if this command began it, writes "setapi: copy
+// aborted" to standard error and returns InterruptedExitCode. A failed copy also removes a target
+// that this command began, then raises. The source is never changed; a source and a target that are
+// the same set or lie inside each other are refused before anything is touched.
+int RunCopy(const std::string& from, const std::string& to, const S_CopyOptions& options, const CopyWatch& watch);
+// The same, with Ctrl-C routed to the interrupt flag, and a progress line on standard error when
+// that is a terminal.
+int RunCopy(const std::string& from, const std::string& to, const S_CopyOptions& options);
+
+// Moves a set to a new path (another folder, another name). Refuses a target that exists.
+int RunMove(const std::string& from, const std::string& to);
+// Removes a set, set file and folder with all it holds.
+int RunRemove(const std::string& path);
+// Renames a set within its folder; `newName` is a bare name, without '/' or '\'.
+int RunRename(const std::string& path, const std::string& newName);
 
 } // namespace SetApiTool

@@ -1,4 +1,5 @@
-// setapi: the command-line face of the library. Sub-commands: demo, info, export.
+// setapi: the command-line face of the library. Sub-commands: demo, info, export, ls, cp, mv, rm,
+// rename.
 
 #include "Commands.h"
 
@@ -41,6 +42,44 @@ int main(int argc, char** argv)
     exportCommand->add_option("picture", exportPicture, "The file to write: *.png, *.tif or *.tiff")->required();
     exportCommand->add_option("--frame", exportFrame, "Frame of the buffer (default 0)");
 
+    std::string listFolder;
+    bool listRecursive = false;
+    CLI::App* list = app.add_subcommand("ls", "List the sets of a folder: name, type and number of buffers");
+    list->footer("A set file that does not open is listed as \"(does not open)\".");
+    list->add_option("folder", listFolder, "The folder")->required();
+    list->add_flag("-r,--recursive", listRecursive, "Also list the child sets of each set, indented under it");
+
+    std::string copyFrom, copyTo;
+    SetApiTool::S_CopyOptions copyOptions;
+    CLI::App* copy = app.add_subcommand("cp", "Copy a set: its set file and its folder");
+    copy->footer(
+        "By default the folders of child sets are copied too (--no-recursive copies only the set's own\n"
+        "files), and a set that exists at the target is removed first (--keep-existing instead keeps\n"
+        "its set files and replaces its other files). On a terminal a progress line is shown.\n"
+        "Ctrl-C stops the copy: a target that did not exist before is removed again, and the exit code\n"
+        "is 130. A failed copy removes such a target as well. The source is never changed.");
+    copy->add_option("from", copyFrom, "The set to copy")->required();
+    copy->add_option("to", copyTo, "The new set (its folder must exist)")->required();
+    copy->add_flag("-r,--recursive,!--no-recursive", copyOptions.recursive,
+                   "Copy the folders of child sets too (default); --no-recursive: only the set's own files");
+    copy->add_flag("--keep-existing", copyOptions.keepExisting,
+                   "Copy into an existing target set, keeping its set files (default: replace it)");
+
+    std::string moveFrom, moveTo;
+    CLI::App* move = app.add_subcommand("mv", "Move a set to another folder or name");
+    move->footer("A set that exists at the target is not replaced: the move fails.");
+    move->add_option("from", moveFrom, "The set to move")->required();
+    move->add_option("to", moveTo, "Its new path (the folder must exist)")->required();
+
+    std::string removePath;
+    CLI::App* remove = app.add_subcommand("rm", "Remove a set: its set file and its folder with all it holds");
+    remove->add_option("set", removePath, "The set")->required();
+
+    std::string renamePath, renameNew;
+    CLI::App* rename = app.add_subcommand("rename", "Rename a set within its folder");
+    rename->add_option("set", renamePath, "The set")->required();
+    rename->add_option("name", renameNew, "The new name, without a folder")->required();
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -60,6 +99,16 @@ int main(int argc, char** argv)
             return SetApiTool::RunInfo(infoPath);
         if (*exportCommand)
             return SetApiTool::RunExport(exportSet, exportIndex, exportPicture, exportFrame);
+        if (*list)
+            return SetApiTool::RunList(listFolder, listRecursive, std::cout);
+        if (*copy)
+            return SetApiTool::RunCopy(copyFrom, copyTo, copyOptions);
+        if (*move)
+            return SetApiTool::RunMove(moveFrom, moveTo);
+        if (*remove)
+            return SetApiTool::RunRemove(removePath);
+        if (*rename)
+            return SetApiTool::RunRename(renamePath, renameNew);
     } catch (const std::exception& e) {
         std::cerr << "setapi: " << e.what() << '\n';
         return 1;
