@@ -11,7 +11,19 @@
 //
 // Files already copied stay where they are when a run fails or is aborted. A target file that
 // exists is removed first, so a read-only target does not stop the copy, and the copy is made
-// writable whatever the source's permissions.
+// writable whatever the source's permissions (where the file system allows it; a failure to
+// change the permissions is not a failure of the copy).
+//
+// A failure of a file operation ends the run with result false, the system's text in GetError()
+// and a line on the logger "Set" that begins "Error during file move source: '". A pattern that
+// is no valid regular expression (such as "*.im7") is a caller's mistake: the run ends with
+// result false and the regular-expression error in GetError(), the end of the run is signalled
+// so that WaitUntilFinished returns, and then the exception is passed on to the thread's
+// exception handler (the runtime's default one, which logs it on the logger "Thread").
+//
+// WaitUntilFinished on an object that has not been started since its last SetParameters returns
+// the last result at once instead of waiting for a run that will never come. The destructor
+// waits for a running copy to end; call Abort first to cut it short.
 
 #include <SetApi/Export.h>
 
@@ -54,6 +66,8 @@ protected:
 private:
     bool CopyFiles(const std::string& source, const std::string& target, bool recursive, std::string& error);
     bool UpdateNumberOfFiles(const std::string& source, const std::string& target, bool recursive);
+    // Records the outcome of a run and signals its end.
+    void Finish(bool result, const std::string& error);
 
     std::string m_source;
     std::string m_pattern;
@@ -62,7 +76,8 @@ private:
     bool m_withProgress = false;
     std::atomic<bool> m_result{true};
     std::atomic<bool> m_abort{false};
-    std::string m_error;
+    std::atomic<bool> m_started{false}; // Start was called since the last SetParameters
+    std::string m_error;                // guarded by m_progressMutex
     RTE::Condition m_finished;
     std::atomic<int> m_totalFiles{0};
     std::atomic<unsigned long long> m_totalBytes{0};

@@ -57,6 +57,11 @@ public:
     // Removes every plain file of the folder whose extension is not "set" (any case). Sub-folders
     // and the set files of child sets stay. File-system failures raise RTE::FileError.
     static void ClearSetDirectory(const std::string& folder);
+    // Copies every file of the folder `source` into the folder `target` (which must exist), and
+    // its sub-folders too when `recursive`; a file of the same name in the target is replaced.
+    // Runs a C_CopyFiles and waits for it. False if a file could not be copied; what was copied
+    // before stays.
+    static bool CopyFiles(std::string source, std::string target, bool recursive);
 
     // Grows the set to `count` buffers by appending `fill` (or, when null, a copy of the set's last
     // buffer; an empty set then raises RTE::Exception), and shrinks a set of more than `count`

@@ -1,0 +1,204 @@
+// The whole-set operations against real faults of the machine, where it allows them: a folder the
+// process may not write to, and a small file system that fills up (which also makes renames
+// across file systems fail, as they do between drives). The injected faults of the other tests
+// cover every step; these prove that the real failures take the same ways.
+
+#include "WholeSetTestSupport.h"
+
+#include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/factory/Tools.h>
+
+#include <RTE/FileSystem.h>
+
+#include <boost/filesystem/operations.hpp>
+
+#include <QFileInfo>
+
+#include <cstdlib>
+#include <exception>
+#include <memory>
+#include <string>
+
+using namespace SetApi;
+using namespace WholeSet;
+using TestSupport::TempDir;
+using TestSupport::WriteFile;
+
+namespace {
+
+C_SetFactory& Factory() { return C_SetFactory::Instance(); }
+
+namespace fs = boost::filesystem;
+
+// Whether the process can create a file in the folder.
+bool CanWriteIn(const std::string& folder)
+{
+    const std::string probe = folder + "/probe";
+    try {
+        RTE::FileSystem::OpenForWriting(probe)->Close();
+    } catch (const std::exception&) {
+        return false;
+    }
+    RTE::FileSystem::RemoveFile(probe);
+    return true;
+}
+
+// Whether a file copies from one folder to the other through the file-system backend. Some
+// versions of the backend's library cannot copy between two file systems at all.
+bool CanCopyBetween(const std::string& from, const std::string& to)
+{
+    bool copied = false;
+    try {
+        WriteFile(from + "/probe", "probe");
+        RTE::FileSystem::CopyFile(from + "/probe", to + "/probe", true);
+        copied = TestSupport::ReadFile(to + "/probe") == "probe";
+        RTE::FileSystem::RemoveFile(to + "/probe");
+    } catch (const std::exception&) {
+    }
+    if (RTE::FileSystem::Exists(from + "/probe"))
+        RTE::FileSystem::RemoveFile(from + "/probe");
+    if (RTE::FileSystem::Exists(to + "/probe"))
+        RTE::FileSystem::RemoveFile(to + "/probe");
+    return copied;
+}
+
+#define SKIP_UNLESS_COPIES_BETWEEN(from, to)                                                        \
+    if (!CanCopyBetween(from, to))                                                                 \
+    GTEST_SKIP() << "the file-system backend cannot copy from " << (from) << " to " << (to)
+
+// A file system mounted on a folder for the life of the object, on Linux when the process may
+// mount; otherwise Mounted() is false. Either a small memory file system, or another view of a
+// folder of the same file system (a bind mount): renames into it fail as they do between drives,
+// while files still copy.
+class ScopedMount {
+public:
+    static std::unique_ptr<ScopedMount> Tmpfs(const std::string& folder, const std::string& size)
+    {
+        return std::unique_ptr<ScopedMount>(new ScopedMount(folder, "-t tmpfs -o size=" + size + " tmpfs"));
+    }
+    static std::unique_ptr<ScopedMount> Bind(const std::string& folder)
+    {
+        return std::unique_ptr<ScopedMount>(new ScopedMount(folder, "--bind '" + folder + "'"));
+    }
+    ~ScopedMount()
+    {
+        if (m_mounted)
+            Command("umount '" + m_folder + "'");
+    }
+    ScopedMount(const ScopedMount&) = delete;
+    ScopedMount& operator=(const ScopedMount&) = delete;
+
+    bool Mounted() const { return m_mounted; }
+    bool MakeReadOnly() { return m_mounted && Command("mount -o remount,bind,ro '" + m_folder + "'"); }
+
+private:
+    ScopedMount(const std::string& folder, const std::string& what) : m_folder(folder)
+    {
+        RTE::FileSystem::CreateDirectory(folder);
+#if defined(__linux__)
+        m_mounted = Command("mount " + what + " '" + folder + "'");
+#else
+        (void)what;
+#endif
+    }
+    static bool Command(const std::string& command) { return std::system((command + " 2>/dev/null").c_str()) == 0; }
+    std::string m_folder;
+    bool m_mounted = false;
+};
+
+class WholeSetRealFaults : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        MakeSet(m_from, "source");
+        m_source = ContentOf(m_from);
+    }
+
+    TempDir m_dir;
+    const std::string m_from = m_dir / "Run";
+    Content m_source;
+};
+
+} // namespace
+
+TEST_F(WholeSetRealFaults, AReadOnlyFolderRefusesCopiesMovesAndRenamesWithoutLoss)
+{
+    // Permissions first; a process that ignores them (an administrator) gets a read-only mount.
+    const std::string folder = m_dir / "ReadOnly";
+    RTE::FileSystem::CreateDirectory(folder);
+    MakeSet(folder + "/Kept", "kept");
+    std::unique_ptr<ScopedMount> mount;
+    fs::permissions(folder, fs::owner_read | fs::owner_exe);
+    if (CanWriteIn(folder)) {
+        fs::permissions(folder, fs::owner_all);
+        mount = ScopedMount::Bind(folder);
+        if (!mount->Mounted())
+            GTEST_SKIP() << "this process may write to read-only folders and cannot mount a file system";
+        SKIP_UNLESS_COPIES_BETWEEN(folder, m_dir.path());
+        if (!mount->MakeReadOnly() || CanWriteIn(folder))
+            GTEST_SKIP() << "no read-only folder can be had here";
+    }
+    const Content kept = ContentOf(folder + "/Kept");
+
+    EXPECT_FALSE(Factory().Copy(m_from, folder + "/Copy", true, false));
+    EXPECT_FALSE(Factory().Move(m_from, folder + "/Moved"));
+    EXPECT_EQ(ContentOf(m_from), m_source);
+
+    EXPECT_FALSE(Factory().Rename(folder + "/Kept", "Renamed"));
+    EXPECT_EQ(ContentOf(folder + "/Kept"), kept);
+
+    // Out of the folder a move ends as a copy: the source cannot go, and stays whole.
+    EXPECT_TRUE(Factory().Move(folder + "/Kept", m_dir / "Out"));
+    EXPECT_EQ(ContentOf(m_dir / "Out"), kept);
+    EXPECT_EQ(ContentOf(folder + "/Kept"), kept);
+
+    if (!mount)
+        fs::permissions(folder, fs::owner_all);
+}
+
+TEST_F(WholeSetRealFaults, AFullDiskFailsTheCopyAndTheMoveAndLeavesTheSource)
+{
+    // The set fits on the small disk once, not twice.
+    const std::string small = m_dir / "Small";
+    const auto disk = ScopedMount::Tmpfs(small, "2m");
+    if (!disk->Mounted())
+        GTEST_SKIP() << "cannot mount a small file system here";
+    const std::string from = small + "/Run";
+    MakeSet(from, "source");
+    for (int i = 3; i <= 5; ++i)
+        WriteFile(from + "/B0000" + std::to_string(i) + ".im7", std::string(400 * 1024, char('a' + i)));
+    const Content source = ContentOf(from);
+
+    EXPECT_FALSE(Factory().Copy(from, small + "/Copy", true, false));
+    EXPECT_EQ(ContentOf(from), source);
+    EXPECT_TRUE(Factory().Remove(QString::fromStdString(small + "/Copy")));
+
+    // Renaming into another mount fails, the slow way then fills the disk.
+    const auto view = ScopedMount::Bind(small + "/View");
+    if (view->Mounted()) {
+        ScopedObserver observer;
+        EXPECT_FALSE(Factory().Move(from, small + "/View/Moved"));
+        EXPECT_EQ(ContentOf(from), source);
+        EXPECT_EQ(observer.Events(), std::vector<std::string>{"create " + small + "/View/Moved"});
+    }
+
+    // A set file that does not fit leaves no half copy behind.
+    WriteFile(m_dir / "Big.set", std::string(2 << 20, 'b'));
+    EXPECT_FALSE(CopySetFileWithoutSetIdentifier(QFileInfo(QString::fromStdString(m_dir / "Big.set")),
+                                                 QFileInfo(QString::fromStdString(small + "/Big.set"))));
+    EXPECT_FALSE(RTE::FileSystem::Exists(small + "/Big.set"));
+}
+
+TEST_F(WholeSetRealFaults, AMoveThatCannotRenameTakesTheSlowWay)
+{
+    const std::string other = m_dir / "Other";
+    const auto mount = ScopedMount::Bind(other);
+    if (!mount->Mounted())
+        GTEST_SKIP() << "cannot mount a second view of a folder here";
+    SKIP_UNLESS_COPIES_BETWEEN(m_dir.path(), other);
+    ScopedObserver observer;
+    EXPECT_TRUE(Factory().Move(m_from, other + "/Moved"));
+    EXPECT_EQ(ContentOf(other + "/Moved"), m_source);
+    EXPECT_TRUE(ContentOf(m_from).empty());
+    EXPECT_EQ(observer.Events(), (std::vector<std::string>{"remove " + m_from, "create " + other + "/Moved"}));
+}
