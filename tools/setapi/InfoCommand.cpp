@@ -4,6 +4,7 @@
 
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/set/C_SetUtilities.h>
+#include <SetApi/stream/StreamSet.h>
 
 #include <RTE/Exception.h>
 
@@ -21,6 +22,8 @@ int RunInfo(const std::string& path)
     if (!set->IsOpen())
         RTE_THROW_MSG(RTE::Exception, "'" << path << "' is no set that this library can open");
     PrintSet(std::cout, *set);
+    if (const std::shared_ptr<SetApi::Private::StreamSet> streamSet = SetApi::Private::CastToStreamSet(set))
+        PrintStreamSet(std::cout, *streamSet);
     PrintBuffers(std::cout, *set);
     return 0;
 }
