@@ -15,6 +15,11 @@ namespace BufferApi {
 BUFFERAPI_API I_Buffer* CreateBuffer();
 // New image frame with a zero-filled pixel component of that size and type.
 BUFFERAPI_API I_FrameImage* CreateImageFrame(E_DataType type, unsigned width, unsigned height, unsigned depth);
+// New image frame whose pixel planes start with unspecified content, for a reader that writes
+// every element of every plane before anybody reads the frame: it saves zero-filling memory that
+// is overwritten anyway. Components added later are zero-filled as with CreateImageFrame.
+BUFFERAPI_API I_FrameImage* CreateImageFrameForOverwrite(E_DataType type, unsigned width, unsigned height,
+                                                         unsigned depth);
 // New vector frames with zero-filled components "U", "V" (and "W").
 BUFFERAPI_API I_FrameVector* CreateVectorFrame(E_DataType type, unsigned width, unsigned height, unsigned depth,
                                                unsigned gridSize);

@@ -1,7 +1,8 @@
 #pragma once
 // Plane memory of the library: blocks that start on a 4 KiB boundary, so that planes can go to
 // and come from disk with direct I/O. Portable: the block is over-allocated with the C allocator
-// and the aligned start is taken from inside it; the original pointer sits just before that start.
+// and the aligned start is taken from inside it; the original pointer and the block's size sit
+// just before that start.
 
 #include <BufferApi/Export.h>
 
@@ -22,7 +23,9 @@ struct AlignedDeleter {
 using AlignedBlock = std::unique_ptr<void, AlignedDeleter>;
 
 // A block of `bytes` bytes (at least one) starting on a PLANE_ALIGNMENT boundary, zero-filled
-// when `zeroed`. Zero-filling uses calloc, so large blocks are zeroed lazily by the system. A
+// when `zeroed`. A large block is taken from the cache of freed blocks when one of the same size
+// is there (see BufferApi/PlaneMemoryCache.h); otherwise zero-filling uses calloc, so that fresh
+// large blocks are zeroed lazily by the system. A
 // size that overflows with the alignment slack raises RTE::VerificationFailed, memory that cannot
 // be had RTE::Exception.
 BUFFERAPI_API AlignedBlock AllocateAligned(std::size_t bytes, bool zeroed);

@@ -1,4 +1,5 @@
-// The public creation functions: frames with zero-filled planes, planes over caller memory.
+// The public creation functions: frames with zero-filled (or, for readers, unspecified) planes,
+// planes over caller memory.
 #include <BufferApi/Creation.h>
 
 #include "model/Buffer.h"
@@ -15,6 +16,15 @@ I_Buffer* CreateBuffer()
 I_FrameImage* CreateImageFrame(E_DataType type, unsigned width, unsigned height, unsigned depth)
 {
     auto frame = Private::CreateFrame(E_FrameKind::Image, type, width, height, depth, 1, Private::PlaneMemory::Zeroed);
+    return static_cast<I_FrameImage*>(frame.release());
+}
+
+I_FrameImage* CreateImageFrameForOverwrite(E_DataType type, unsigned width, unsigned height, unsigned depth)
+{
+    auto frame =
+        Private::CreateFrame(E_FrameKind::Image, type, width, height, depth, 1, Private::PlaneMemory::Uninitialised);
+    // Only the planes made here are left as they come; whatever is added later is zero-filled.
+    Private::SetPlaneMemory(*frame, Private::PlaneMemory::Zeroed);
     return static_cast<I_FrameImage*>(frame.release());
 }
 
