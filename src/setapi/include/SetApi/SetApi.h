@@ -63,6 +63,7 @@
 #include <BufferApi/ImagePlaneAccess.h>
 #include <BufferApi/MaskOp.h>
 #include <BufferApi/PackType.h>
+#include <BufferApi/PlaneMemoryCache.h>
 #include <BufferApi/TypedScalar.h>
 
 // Data objects
@@ -89,6 +90,28 @@
 #include <Math/Point2T.h>
 #include <Math/Size3T.h>
 
+// Stream components: the bytes of one stream, and the stream set's table of contents
+#include <StreamIO/AttributeReader.h>
+#include <StreamIO/AttributeWriter.h>
+#include <StreamIO/ContentPurpose.h>
+#include <StreamIO/Export.h>
+#include <StreamIO/I_AttributeReader.h>
+#include <StreamIO/I_ImageFrameReader.h>
+#include <StreamIO/I_RecordingFrameReader.h>
+#include <StreamIO/I_RecordingWriter.h>
+#include <StreamIO/I_ScalarFieldReader.h>
+#include <StreamIO/I_ScaleReader.h>
+#include <StreamIO/I_TraceReader.h>
+#include <StreamIO/ImageReader.h>
+#include <StreamIO/ImageWriter.h>
+#include <StreamIO/ReaderConfiguration.h>
+#include <StreamIO/ScaleReader.h>
+#include <StreamIO/ScaleWriter.h>
+#include <StreamIO/ScaleXml.h>
+#include <StreamIO/TraceReader.h>
+#include <StreamIO/TraceWriter.h>
+#include <StreamIO/WriterNameBuilder.h>
+
 // Sets
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_NullSet.h>
@@ -102,8 +125,23 @@
 #include <SetApi/set/SetTypeIdentifiers.h>
 
 // The set factory
+#include <SetApi/factory/C_CopyFiles.h>
 #include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/factory/C_SetFileSystemHierarchy.h>
+#include <SetApi/factory/C_SetIterator.h>
 #include <SetApi/factory/I_SetFactoryObserver.h>
+#include <SetApi/factory/I_SetHierarchy.h>
+#include <SetApi/factory/Tools.h>
+
+// Stream sets
+#include <SetApi/stream/LoadSaveReaderConfiguration.h>
+#include <SetApi/stream/MaskReader.h>
+#include <SetApi/stream/MaskWriter.h>
+#include <SetApi/stream/PlaneWidening.h>
+#include <SetApi/stream/ScalarFieldReader.h>
+#include <SetApi/stream/ScalarFieldWriter.h>
+#include <SetApi/stream/StreamSet.h>
+#include <SetApi/stream/StreamSetReader.h>
 
 // Typed views of sets
 #include <SetApi/dataobjects/ImageSet.h>
