@@ -1,5 +1,6 @@
 #include "BoostFileSystemBackend.h"
 
+#include <RTE/BoostPath.h>
 #include <RTE/Exception.h>
 
 #include <boost/filesystem.hpp>
@@ -26,25 +27,6 @@ namespace {
 
 namespace fs = boost::filesystem;
 using boost::system::error_code;
-
-// Paths are UTF-8 whatever the platform's narrow encoding is.
-fs::path ToPath(const std::string& utf8)
-{
-#if defined(_WIN32)
-    return fs::path(QString::fromStdString(utf8).toStdWString());
-#else
-    return fs::path(utf8);
-#endif
-}
-
-std::string FromPath(const fs::path& path)
-{
-#if defined(_WIN32)
-    return QString::fromStdWString(path.generic_wstring()).toStdString();
-#else
-    return path.generic_string();
-#endif
-}
 
 // A path as it appears in a message: NUL characters made visible.
 QString Printable(const std::string& path)
@@ -178,7 +160,7 @@ public:
             Fail("OpenForReading", path, Unusable(path));
         error_code ec;
         // Some systems open a folder for reading and fail only on the first read.
-        if (fs::is_directory(ToPath(path), ec))
+        if (fs::is_directory(ToBoostPath(path), ec))
             Fail("OpenForReading", path, QStringLiteral("is a directory"));
         errno = 0;
         m_stream.reset(OpenStream(path, false));
@@ -285,7 +267,7 @@ bool BoostFileSystemBackend::Exists(const std::string& path)
     if (!IsUsable(path))
         return false;
     error_code ec;
-    return fs::exists(ToPath(path), ec) && !ec;
+    return fs::exists(ToBoostPath(path), ec) && !ec;
 }
 
 bool BoostFileSystemBackend::IsDirectory(const std::string& path)
@@ -293,7 +275,7 @@ bool BoostFileSystemBackend::IsDirectory(const std::string& path)
     if (!IsUsable(path))
         return false;
     error_code ec;
-    return fs::is_directory(ToPath(path), ec) && !ec;
+    return fs::is_directory(ToBoostPath(path), ec) && !ec;
 }
 
 bool BoostFileSystemBackend::WriteAccess(const std::string& path)
@@ -301,7 +283,7 @@ bool BoostFileSystemBackend::WriteAccess(const std::string& path)
     if (!IsUsable(path))
         return false;
     error_code ec;
-    fs::path target = ToPath(path);
+    fs::path target = ToBoostPath(path);
     fs::file_status status = fs::status(target, ec);
     if (!fs::exists(status)) {
         target = target.parent_path();
@@ -323,7 +305,7 @@ bool BoostFileSystemBackend::WriteAccess(const std::string& path)
 void BoostFileSystemBackend::CreateDirectory(const std::string& path)
 {
     Check("CreateDirectory", path);
-    fs::path target = ToPath(path);
+    fs::path target = ToBoostPath(path);
     error_code ec;
     if (fs::is_directory(target, ec))
         return;
@@ -340,7 +322,7 @@ void BoostFileSystemBackend::CreateDirectory(const std::string& path)
 void BoostFileSystemBackend::RemoveDirectory(const std::string& path)
 {
     Check("RemoveDirectory", path);
-    const fs::path target = ToPath(path);
+    const fs::path target = ToBoostPath(path);
     error_code ec;
     const fs::file_status status = fs::symlink_status(target, ec);
     if (!fs::exists(status))
@@ -355,7 +337,7 @@ void BoostFileSystemBackend::RemoveDirectory(const std::string& path)
 void BoostFileSystemBackend::RemoveFile(const std::string& path)
 {
     Check("RemoveFile", path);
-    const fs::path target = ToPath(path);
+    const fs::path target = ToBoostPath(path);
     error_code ec;
     const fs::file_status status = fs::symlink_status(target, ec);
     if (!fs::exists(status))
@@ -370,8 +352,8 @@ void BoostFileSystemBackend::RemoveFile(const std::string& path)
 void BoostFileSystemBackend::Rename(const std::string& from, const std::string& to)
 {
     Check("Rename", from, to);
-    const fs::path source = ToPath(from);
-    const fs::path target = ToPath(to);
+    const fs::path source = ToBoostPath(from);
+    const fs::path target = ToBoostPath(to);
     error_code ec;
     if (!fs::exists(fs::symlink_status(source, ec)))
         Fail("Rename", from, to, QStringLiteral("source does not exist"));
@@ -392,8 +374,8 @@ void BoostFileSystemBackend::Rename(const std::string& from, const std::string& 
 void BoostFileSystemBackend::ReplaceFile(const std::string& from, const std::string& to)
 {
     Check("ReplaceFile", from, to);
-    const fs::path source = ToPath(from);
-    const fs::path target = ToPath(to);
+    const fs::path source = ToBoostPath(from);
+    const fs::path target = ToBoostPath(to);
     error_code ec;
     if (!fs::is_regular_file(fs::symlink_status(source, ec)))
         Fail("ReplaceFile", from, to, QStringLiteral("source is no file"));
@@ -408,8 +390,8 @@ void BoostFileSystemBackend::ReplaceFile(const std::string& from, const std::str
 void BoostFileSystemBackend::CopyFile(const std::string& from, const std::string& to, bool overwrite)
 {
     Check("CopyFile", from, to);
-    const fs::path source = ToPath(from);
-    const fs::path target = ToPath(to);
+    const fs::path source = ToBoostPath(from);
+    const fs::path target = ToBoostPath(to);
     error_code ec;
     const fs::file_status sourceStatus = fs::status(source, ec);
     if (!fs::exists(sourceStatus))
@@ -532,7 +514,7 @@ std::vector<std::string> BoostFileSystemBackend::ListFiles(const std::string& fo
     std::vector<std::string> files;
     if (!IsUsable(folder))
         return files;
-    const fs::path root = ToPath(folder);
+    const fs::path root = ToBoostPath(folder);
     error_code ec;
     if (!fs::is_directory(root, ec))
         return files;
@@ -551,12 +533,12 @@ std::vector<std::string> BoostFileSystemBackend::ListFiles(const std::string& fo
         fs::directory_iterator it(root, ec);
         for (; !ec && it != fs::directory_iterator(); it.increment(ec))
             if (isFile(*it))
-                files.push_back(FromPath(it->path().filename()));
+                files.push_back(FromBoostPath(it->path().filename()));
     } else {
         fs::recursive_directory_iterator it(root, fs::directory_options::skip_permission_denied, ec);
         for (; !ec && it != fs::recursive_directory_iterator(); it.increment(ec))
             if (isFile(*it))
-                files.push_back(FromPath(it->path().lexically_relative(root)));
+                files.push_back(FromBoostPath(it->path().lexically_relative(root)));
     }
     if (ec)
         Fail("ListFiles", folder, Reason(ec));

@@ -5,6 +5,7 @@
 #include <SetApi/factory/C_CopyFiles.h>
 
 #include <RTE/Exception.h>
+#include <RTE/BoostPath.h>
 #include <RTE/FileSystem.h>
 #include <RTE/Logger.h>
 
@@ -19,25 +20,8 @@ namespace SetApi {
 namespace {
 
 namespace fs = boost::filesystem;
-
-// Paths are UTF-8 strings throughout the library, whatever the platform's narrow encoding is.
-fs::path ToPath(const std::string& utf8)
-{
-#if defined(_WIN32)
-    return fs::path(QString::fromStdString(utf8).toStdWString());
-#else
-    return fs::path(utf8);
-#endif
-}
-
-std::string FromPath(const fs::path& path)
-{
-#if defined(_WIN32)
-    return QString::fromStdWString(path.generic_wstring()).toStdString();
-#else
-    return path.generic_string();
-#endif
-}
+using RTE::FromBoostPath;
+using RTE::ToBoostPath;
 
 boost::regex CompilePattern(const std::string& pattern)
 {
@@ -49,7 +33,7 @@ boost::regex CompilePattern(const std::string& pattern)
 void MakeOwnerWritable(const std::string& path)
 {
     boost::system::error_code ignored;
-    fs::permissions(ToPath(path), fs::add_perms | fs::owner_write, ignored);
+    fs::permissions(ToBoostPath(path), fs::add_perms | fs::owner_write, ignored);
 }
 
 void LogCopyFailure(const std::string& source, const std::string& target, const std::string& reason)
@@ -167,10 +151,10 @@ bool C_CopyFiles::CopyFiles(const std::string& source, const std::string& target
     // Outside the handling below on purpose: a bad pattern is no file failure (see the header).
     const boost::regex pattern = CompilePattern(m_pattern);
     try {
-        for (fs::directory_iterator entry(ToPath(source)), end; entry != end; ++entry) {
+        for (fs::directory_iterator entry(ToBoostPath(source)), end; entry != end; ++entry) {
             if (m_abort)
                 return false;
-            const std::string name = FromPath(entry->path().filename());
+            const std::string name = FromBoostPath(entry->path().filename());
             const std::string sourceEntry = source + "/" + name;
             const std::string targetEntry = target + "/" + name;
             if (!fs::is_regular_file(entry->status())) {
@@ -193,7 +177,7 @@ bool C_CopyFiles::CopyFiles(const std::string& source, const std::string& target
             RTE::FileSystem::CopyFile(sourceEntry, targetEntry, false);
             MakeOwnerWritable(targetEntry);
             if (m_withProgress)
-                m_copiedBytes += fs::file_size(ToPath(sourceEntry));
+                m_copiedBytes += fs::file_size(ToBoostPath(sourceEntry));
         }
         return true;
     } catch (const fs::filesystem_error& e) {
@@ -213,8 +197,8 @@ bool C_CopyFiles::UpdateNumberOfFiles(const std::string& source, const std::stri
 {
     try {
         const boost::regex pattern = CompilePattern(m_pattern);
-        for (fs::directory_iterator entry(ToPath(source)), end; entry != end; ++entry) {
-            const std::string name = FromPath(entry->path().filename());
+        for (fs::directory_iterator entry(ToBoostPath(source)), end; entry != end; ++entry) {
+            const std::string name = FromBoostPath(entry->path().filename());
             if (!fs::is_regular_file(entry->status())) {
                 if (recursive && !UpdateNumberOfFiles(source + "/" + name, target + "/" + name, recursive))
                     return false;

@@ -25,18 +25,9 @@ namespace {
 
 C_SetFactory& Factory() { return C_SetFactory::Instance(); }
 
-class C_SetFactoryCopy : public ::testing::Test {
+class C_SetFactoryCopy : public SourceSetTest {
 protected:
-    void SetUp() override
-    {
-        MakeSet(m_from, "source");
-        m_source = ContentOf(m_from);
-    }
-
-    TempDir m_dir;
-    const std::string m_from = m_dir / "Run";
     const std::string m_to = m_dir / "Copy";
-    Content m_source;
 };
 
 // The source's content without the child set's folder.

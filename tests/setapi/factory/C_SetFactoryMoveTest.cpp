@@ -18,18 +18,9 @@ namespace {
 
 C_SetFactory& Factory() { return C_SetFactory::Instance(); }
 
-class C_SetFactoryMove : public ::testing::Test {
+class C_SetFactoryMove : public SourceSetTest {
 protected:
-    void SetUp() override
-    {
-        MakeSet(m_from, "source");
-        m_source = ContentOf(m_from);
-    }
-
-    TempDir m_dir;
-    const std::string m_from = m_dir / "Run";
     const std::string m_to = m_dir / "Moved";
-    Content m_source;
 };
 
 } // namespace

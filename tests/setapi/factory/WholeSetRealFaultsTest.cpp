@@ -106,18 +106,7 @@ private:
     bool m_mounted = false;
 };
 
-class WholeSetRealFaults : public ::testing::Test {
-protected:
-    void SetUp() override
-    {
-        MakeSet(m_from, "source");
-        m_source = ContentOf(m_from);
-    }
-
-    TempDir m_dir;
-    const std::string m_from = m_dir / "Run";
-    Content m_source;
-};
+class WholeSetRealFaults : public SourceSetTest {};
 
 } // namespace
 

@@ -11,6 +11,8 @@
 
 #include "support/TestSupport.h"
 
+#include <gtest/gtest.h>
+
 #include <boost/filesystem/operations.hpp>
 
 #include <map>
@@ -58,6 +60,20 @@ inline void MakeSet(const std::string& set, const std::string& seed)
     std::unique_ptr<SetApi::C_Set>(SetApi::C_Set::Create(set + "/Child", SetApi::I_Set::SET_TYPE_VECTOR, true));
     TestSupport::WriteFile(set + "/Child/B00001.vc7", seed + " child");
 }
+
+// A test that starts with the set "Run" of MakeSet in a scratch folder and its content on disk.
+class SourceSetTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        MakeSet(m_from, "source");
+        m_source = ContentOf(m_from);
+    }
+
+    TestSupport::TempDir m_dir;
+    const std::string m_from = m_dir / "Run";
+    Content m_source;
+};
 
 class RecordingObserver : public SetApi::I_SetFactoryObserver {
 public:

@@ -6,6 +6,7 @@
 #include <RTE/ActivityControl.h>
 #include <RTE/ActivityFeedback.h>
 #include <RTE/AttributesSink.h>
+#include <RTE/BoostPath.h>
 #include <RTE/Condition.h>
 #include <RTE/DateTime.h>
 #include <RTE/DeviceData.h>
