@@ -40,7 +40,7 @@ void RecordStreamReader::Close()
 void RecordStreamReader::Open(const QString& destination)
 {
     Close();
-    RTE_VERIFY(!destination.isEmpty(), "Destination specification is empty");
+    RTE_VERIFY(!destination.isEmpty(), "The stream has no destination");
 
     m_dataLabel = StreamLabel{m_format.kind, (destination + QStringLiteral(".") + m_format.suffix).toStdString()};
     m_indexLabel =

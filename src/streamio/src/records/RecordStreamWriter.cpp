@@ -30,7 +30,7 @@ RecordStreamWriter::~RecordStreamWriter()
 
 void RecordStreamWriter::Open(const QString& destination)
 {
-    RTE_VERIFY(!destination.isEmpty(), "Destination specification is empty");
+    RTE_VERIFY(!destination.isEmpty(), "The stream has no destination");
     if (IsOpen())
         RTE_THROW_MSG(RTE::VerificationFailed, m_format.kind << " '" << destination << "' is opened twice");
     m_broken = false;

@@ -61,7 +61,7 @@ void C_ScaleReader::Open(const QString& destination)
     using BufferApi::Private::LoadLE;
     m_state->open = false;
     m_state->records.clear();
-    RTE_VERIFY(!destination.isEmpty(), "Destination specification is empty");
+    RTE_VERIFY(!destination.isEmpty(), "The stream has no destination");
 
     const StreamLabel label{QString::fromLatin1(Private::Scales::Kind),
                             (destination + QStringLiteral(".scales")).toStdString()};

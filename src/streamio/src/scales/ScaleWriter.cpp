@@ -33,7 +33,7 @@ struct C_ScaleWriter::State {
         if (closed)
             RTE_THROW_MSG(RTE::VerificationFailed, "Scale file '" << QString::fromStdString(Path())
                                                                   << "' is written after Close");
-        RTE_VERIFY(!destination.isEmpty(), "Destination specification is empty");
+        RTE_VERIFY(!destination.isEmpty(), "The stream has no destination");
     }
 
     void Write()

@@ -68,10 +68,10 @@ public:
         bool directIo = false;
     };
 
-    // Reads the configuration and opens the streams. An empty path raises RTE::VerificationFailed
-    // "Destination specification is empty", a configuration without entries "Reader count is
-    // zero.", a plug-in that cannot be made "Could not create ... plugin: <Name>"; the failures of
-    // reading the configuration file pass through.
+    // Reads the configuration and opens the streams. An empty path, a configuration without
+    // entries ("Reader count is zero.") and a plug-in that cannot be made ("Could not create ...
+    // plugin: <Name>") raise RTE::VerificationFailed; the failures of reading the configuration
+    // file pass through.
     explicit StreamSetReader(const QString& configurationPath);
     StreamSetReader(const QString& configurationPath, const Options& options);
     ~StreamSetReader();
