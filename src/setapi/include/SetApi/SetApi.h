@@ -132,9 +132,15 @@
 #include <SetApi/factory/C_SetIterator.h>
 #include <SetApi/factory/I_SetFactoryObserver.h>
 #include <SetApi/factory/I_SetHierarchy.h>
+#include <SetApi/factory/I_SetWriter.h>
+#include <SetApi/factory/SetWriter.h>
 #include <SetApi/factory/Tools.h>
+#include <SetApi/factory/WorkerQueue.h>
+#include <SetApi/factory/WorkerThread.h>
 
 // Stream sets
+#include <SetApi/stream/BufferStreamWriter.h>
+#include <SetApi/stream/I_StreamSetConfigurationWriter.h>
 #include <SetApi/stream/LoadSaveReaderConfiguration.h>
 #include <SetApi/stream/MaskReader.h>
 #include <SetApi/stream/MaskWriter.h>
@@ -142,7 +148,9 @@
 #include <SetApi/stream/ScalarFieldReader.h>
 #include <SetApi/stream/ScalarFieldWriter.h>
 #include <SetApi/stream/StreamSet.h>
+#include <SetApi/stream/StreamSetConfiguration.h>
 #include <SetApi/stream/StreamSetReader.h>
+#include <SetApi/stream/StreamSetWriter.h>
 
 // Typed views of sets
 #include <SetApi/dataobjects/ImageSet.h>

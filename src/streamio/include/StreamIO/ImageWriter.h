@@ -35,6 +35,10 @@ public:
     // Creates the stream's files at the destination (folder + "/" + prefix); an existing stream
     // there is replaced. Raises RTE::FileWriteError when they cannot be created.
     virtual void Open(const QString& destination);
+    // Before Open: write with direct I/O, past the page cache, where the file system allows it;
+    // elsewhere buffered writes that start writeback as they go and drop the written pages. Off by
+    // default. Either way, Close returns when the stream is durable on disk.
+    void SetDirectIo(bool on);
     // Completes the stream: everything appended is in the files when Close returns. Further calls
     // do nothing. Raises RTE::FileWriteError when data could not be written.
     virtual void Close();

@@ -59,6 +59,7 @@ struct C_ImageWriter::State {
     std::string indexPath;
     std::unique_ptr<RTE::I_WritableFile> data;
     std::unique_ptr<RTE::I_WritableFile> index;
+    bool directIo = false;
     bool open = false;
     bool closed = false;
     bool failed = false; // a write failed; the files end in a partial record
@@ -160,6 +161,13 @@ void C_ImageWriter::Open(const QString& destination)
         throw;
     }
     RTE::C_Logger("Set").debug("Image stream " + s.dataPath + " opened");
+}
+
+void C_ImageWriter::SetDirectIo(bool on)
+{
+    State& s = *m_state;
+    RTE_VERIFY(!s.open && !s.closed, "Direct I/O of an image stream is chosen before Open");
+    s.directIo = on;
 }
 
 void C_ImageWriter::Close()
