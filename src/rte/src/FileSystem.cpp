@@ -41,6 +41,17 @@ I_ReadableFile::~I_ReadableFile() = default;
 
 bool I_ReadableFile::IsDirect() const { return false; }
 
+bool I_WritableFile::IsDirect() const { return false; }
+
+void I_WritableFile::Reserve(std::uint64_t) {}
+
+std::unique_ptr<I_WritableFile> I_FileSystemBackend::OpenForDirectWriting(const std::string& path)
+{
+    return OpenForWriting(path);
+}
+
+void I_FileSystemBackend::SyncFolder(const std::string&) {}
+
 std::unique_ptr<I_ReadableFile> I_FileSystemBackend::OpenForDirectReading(const std::string& path)
 {
     return OpenForReading(path);
@@ -101,6 +112,13 @@ std::unique_ptr<I_ReadableFile> FileSystem::OpenForReading(const std::string& pa
 {
     return GetBackend()->OpenForReading(path);
 }
+
+std::unique_ptr<I_WritableFile> FileSystem::OpenForWriting(const std::string& path, WriteMode mode)
+{
+    return mode == WriteMode::Direct ? GetBackend()->OpenForDirectWriting(path) : GetBackend()->OpenForWriting(path);
+}
+
+void FileSystem::SyncFolder(const std::string& path) { GetBackend()->SyncFolder(path); }
 
 std::unique_ptr<I_ReadableFile> FileSystem::OpenForReading(const std::string& path, ReadMode mode)
 {

@@ -23,6 +23,14 @@ namespace RTE {
 // without direct I/O, is an ordinary buffered one. The bytes read are the same either way.
 enum class ReadMode { Buffered, Direct };
 
+// How a file is opened for writing. Direct writes go around the page cache (O_DIRECT on Linux)
+// where the file system allows it: whole 4 KiB blocks are written straight from the caller's
+// memory when it is 4 KiB aligned, everything else through a small aligned block of the file's
+// own. Where the file system refuses direct I/O, writes are buffered, start their writeback as
+// they go and drop the written pages from the cache. Either way a Direct file is durable on disk
+// when Close returns, and it holds exactly the bytes appended.
+enum class WriteMode { Buffered, Direct };
+
 // A file open for writing from its start. Appends go straight to the system without a buffer of
 // their own, so large blocks are written without a copy. Used by one thread at a time; the
 // destructor closes the file without raising (call Close to learn about failures).
@@ -33,8 +41,13 @@ public:
     // and the system's reason ("No space left on device"); what went to the file before it stays.
     virtual void Append(const void* data, std::size_t size) = 0;
     // Closes the file; further calls do nothing. Raises RTE::FileWriteError if the system reports
-    // that data could not be written.
+    // that data could not be written. A WriteMode::Direct file is durable on disk when it returns.
     virtual void Close() = 0;
+    // Whether whole aligned blocks currently go around the page cache (see WriteMode).
+    virtual bool IsDirect() const;
+    // A hint that the file will grow to about `bytes`: the file system may set aside room for it
+    // in large extents. Room not used is given back at Close. The default does nothing.
+    virtual void Reserve(std::uint64_t bytes);
 };
 
 // A file open for reading at any offset, without a buffer of its own: a read goes straight into
@@ -85,6 +98,11 @@ public:
     // As OpenForReading, with direct reads where the system allows (ReadMode::Direct). Falls back
     // silently to buffered reads; the default does so always.
     virtual std::unique_ptr<I_ReadableFile> OpenForDirectReading(const std::string& path);
+    // As OpenForWriting, with WriteMode::Direct. The default opens an ordinary buffered file.
+    virtual std::unique_ptr<I_WritableFile> OpenForDirectWriting(const std::string& path);
+    // Makes everything written to files in the folder durable on disk (the whole file system's
+    // pending writes, where the system has no finer call). The default does nothing.
+    virtual void SyncFolder(const std::string& path);
 };
 
 class RTE_API FileSystem {
@@ -103,6 +121,8 @@ public:
     static void ReplaceFile(const std::string& from, const std::string& to);
     // File streams of the backend; see I_FileSystemBackend.
     static std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path);
+    static std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path, WriteMode mode);
+    static void SyncFolder(const std::string& path);
     static std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path);
     static std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path, ReadMode mode);
 
