@@ -82,9 +82,12 @@ void C_Set::StoreBufferWithParametersThrows(const BufferApi::I_Buffer* buffer, u
     }
     const bool word = buffer->GetFrame(0)->GetDataType() == BufferApi::DATATYPE_WORD;
     const int packType = word ? GetPackTypeWord() : GetPackTypeOther();
+    const bool directIo = IsDirectIo();
     LoggedBufferOperation("StoreBuffer", index, [&] {
         auto options = RTE::Parameter::CreateTree();
         options->Add(RTE::Parameter::CreateInteger(QStringLiteral("PackType"), packType));
+        if (directIo)
+            options->Add(RTE::Parameter::CreateInteger(QStringLiteral("DirectIo"), 1));
         BufferApi::ExportBuffer(buffer, path, options);
     });
     Notify_StoreBuffer(index);

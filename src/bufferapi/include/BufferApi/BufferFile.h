@@ -15,7 +15,11 @@ namespace BufferApi {
 class I_Buffer;
 
 // Writes the buffer as one file at `path`. The integer option "PackType" (see BufferPackType_t;
-// absent means 0) selects how planes are packed. The file appears complete or not at all: it is
+// absent means 0) selects how planes are packed. The integer option "DirectIo" (absent means 0),
+// when not 0, writes the file with RTE::WriteMode::Direct: around the page cache, plane blocks
+// straight from plane memory, and durable on disk before it is renamed into place (the rename
+// itself is durable after RTE::FileSystem::SyncFolder); the bytes are the same as without it. The
+// file appears complete or not at all: it is
 // written beside the target under a temporary name and renamed over it at the end, so that an
 // earlier file of that name survives a failed write. Raises RTE::FileWriteError when the file
 // cannot be written (full disk, no access) and RTE::VerificationFailed for a null buffer.

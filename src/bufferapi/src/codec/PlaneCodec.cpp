@@ -49,18 +49,23 @@ void ThrowFirstChunkError(const std::vector<const char*>& errors, const char* wh
                                            << ": " << *failed);
 }
 
-void PackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t bytes, unsigned elementSize,
-                 std::vector<std::uint8_t>& out, std::size_t chunkBytes)
+std::size_t ChunkedCapacity(std::size_t bytes, std::size_t chunkBytes)
 {
     const std::size_t count = ChunkCount(bytes, chunkBytes);
     RTE_VERIFY(count <= std::numeric_limits<std::uint32_t>::max(), "Plane too large for its chunk size");
+    return Format::kHeaderBytes + count * Format::kTableEntryBytes + bytes;
+}
+
+// Packs into `out`, which has room for ChunkedCapacity bytes; returns the bytes of the stream.
+std::size_t PackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t bytes, unsigned elementSize,
+                        std::uint8_t* out, std::size_t chunkBytes)
+{
+    const std::size_t count = ChunkCount(bytes, chunkBytes);
     const std::size_t prefix = Format::kHeaderBytes + count * Format::kTableEntryBytes;
 
     // Every chunk packs into the slot it would take unpacked, so that no chunk needs more room
     // than the plane itself; the chunks are then closed up in order.
-    out.clear();
-    out.resize(prefix + bytes);
-    std::uint8_t* const chunkArea = out.data() + prefix;
+    std::uint8_t* const chunkArea = out + prefix;
     std::vector<std::size_t> packed(count, 0);
     std::vector<std::uint32_t> checksums(count, 0);
     std::vector<const char*> errors(count, nullptr);
@@ -81,12 +86,11 @@ void PackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t bytes, u
     std::size_t end = prefix;
     for (std::size_t i = 0; i < count; ++i) {
         const std::uint8_t* chunk = chunkArea + i * chunkBytes;
-        if (out.data() + end != chunk)
-            std::memmove(out.data() + end, chunk, packed[i]);
-        Format::WriteTableEntry({static_cast<std::uint32_t>(packed[i]), checksums[i]}, out.data(), i);
+        if (out + end != chunk)
+            std::memmove(out + end, chunk, packed[i]);
+        Format::WriteTableEntry({static_cast<std::uint32_t>(packed[i]), checksums[i]}, out, i);
         end += packed[i];
     }
-    out.resize(end);
 
     Format::Header header;
     header.codec = static_cast<std::uint8_t>(codec);
@@ -94,9 +98,22 @@ void PackChunked(PlaneCodec codec, const std::uint8_t* src, std::size_t bytes, u
     header.chunkBytes = static_cast<std::uint32_t>(chunkBytes);
     header.planeBytes = bytes;
     header.chunkCount = static_cast<std::uint32_t>(count);
-    Format::WriteHeader(header, out.data());
-    header.checksum = Format::HeaderChecksum(out.data(), header.chunkCount);
-    Format::WriteHeader(header, out.data());
+    Format::WriteHeader(header, out);
+    header.checksum = Format::HeaderChecksum(out, header.chunkCount);
+    Format::WriteHeader(header, out);
+    return end;
+}
+
+void VerifyPackArguments(PlaneCodec codec, const void* src, std::size_t bytes, unsigned elementSize,
+                         std::size_t chunkBytes)
+{
+    RTE_VERIFY(IsCodec(codec), "Unknown plane codec");
+    RTE_VERIFY(IsElementSize(elementSize), "Plane element size must be 1, 2, 4 or 8");
+    RTE_VERIFY(bytes % elementSize == 0, "Plane size is not a whole number of elements");
+    RTE_VERIFY(src != nullptr || bytes == 0, "Plane without data");
+    if (codec != PlaneCodec::Raw)
+        RTE_VERIFY(chunkBytes > 0 && chunkBytes <= kMaxChunkBytes && chunkBytes % elementSize == 0,
+                   "Chunk size must be a multiple of the element size up to 4 MiB");
 }
 
 // Checks the header and the table against each other, the input size and the expected plane;
@@ -198,18 +215,39 @@ PlaneCodec CodecFromStoredId(unsigned id)
 void PackPlane(PlaneCodec codec, const void* src, std::size_t bytes, unsigned elementSize,
                std::vector<std::uint8_t>& out, std::size_t chunkBytes)
 {
-    RTE_VERIFY(IsCodec(codec), "Unknown plane codec");
-    RTE_VERIFY(IsElementSize(elementSize), "Plane element size must be 1, 2, 4 or 8");
-    RTE_VERIFY(bytes % elementSize == 0, "Plane size is not a whole number of elements");
-    RTE_VERIFY(src != nullptr || bytes == 0, "Plane without data");
+    VerifyPackArguments(codec, src, bytes, elementSize, chunkBytes);
     const auto* in = static_cast<const std::uint8_t*>(src);
     if (codec == PlaneCodec::Raw) {
         out.assign(in, in + bytes);
         return;
     }
-    RTE_VERIFY(chunkBytes > 0 && chunkBytes <= kMaxChunkBytes && chunkBytes % elementSize == 0,
-               "Chunk size must be a multiple of the element size up to 4 MiB");
-    PackChunked(codec, in, bytes, elementSize, out, chunkBytes);
+    out.clear();
+    out.resize(ChunkedCapacity(bytes, chunkBytes));
+    out.resize(PackChunked(codec, in, bytes, elementSize, out.data(), chunkBytes));
+}
+
+std::size_t PackedPlaneCapacity(PlaneCodec codec, std::size_t bytes, std::size_t chunkBytes)
+{
+    RTE_VERIFY(IsCodec(codec), "Unknown plane codec");
+    if (codec == PlaneCodec::Raw)
+        return bytes;
+    RTE_VERIFY(chunkBytes > 0 && chunkBytes <= kMaxChunkBytes, "Chunk size must be above 0 and at most 4 MiB");
+    return ChunkedCapacity(bytes, chunkBytes);
+}
+
+std::size_t PackPlaneInto(PlaneCodec codec, const void* src, std::size_t bytes, unsigned elementSize,
+                          std::uint8_t* out, std::size_t capacity, std::size_t chunkBytes)
+{
+    VerifyPackArguments(codec, src, bytes, elementSize, chunkBytes);
+    RTE_VERIFY(out != nullptr || capacity == 0, "No memory to pack into");
+    RTE_VERIFY(capacity >= PackedPlaneCapacity(codec, bytes, chunkBytes), "Too little memory to pack the plane into");
+    const auto* in = static_cast<const std::uint8_t*>(src);
+    if (codec == PlaneCodec::Raw) {
+        if (bytes > 0)
+            std::memcpy(out, in, bytes);
+        return bytes;
+    }
+    return PackChunked(codec, in, bytes, elementSize, out, chunkBytes);
 }
 
 void CheckPackedPlane(PlaneCodec codec, const std::uint8_t* src, std::size_t srcBytes, std::size_t dstBytes,

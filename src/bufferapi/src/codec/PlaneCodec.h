@@ -31,6 +31,18 @@ constexpr std::size_t kMaxChunkBytes = 4 * 1024 * 1024;
 BUFFERAPI_API void PackPlane(PlaneCodec codec, const void* src, std::size_t bytes, unsigned elementSize,
                              std::vector<std::uint8_t>& out, std::size_t chunkBytes = kDefaultChunkBytes);
 
+// The room PackPlaneInto needs for a plane of `bytes` bytes: the plane itself plus the stream's
+// header and chunk table (the plane for raw). Raises RTE::VerificationFailed for bad arguments.
+BUFFERAPI_API std::size_t PackedPlaneCapacity(PlaneCodec codec, std::size_t bytes,
+                                              std::size_t chunkBytes = kDefaultChunkBytes);
+
+// As PackPlane, into caller memory of `capacity` bytes, at least PackedPlaneCapacity; returns the
+// bytes written. Lets a caller pack into memory of its own choice, such as the 4 KiB aligned
+// blocks that direct I/O writes without a copy.
+BUFFERAPI_API std::size_t PackPlaneInto(PlaneCodec codec, const void* src, std::size_t bytes, unsigned elementSize,
+                                        std::uint8_t* out, std::size_t capacity,
+                                        std::size_t chunkBytes = kDefaultChunkBytes);
+
 // Unpacks exactly dstBytes into dst from the srcBytes at src. Anything inconsistent (sizes,
 // checksums, corrupt or truncated stream, trailing bytes) raises RTE::Exception with a text that
 // names the fault; dst is then partly written. Never reads or writes outside the two ranges and

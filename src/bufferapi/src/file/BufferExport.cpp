@@ -1,10 +1,13 @@
 // ExportBuffer: describe the buffer, pack its planes, lay the file out, write it under a temporary
-// name beside the target and rename it into place.
+// name beside the target and rename it into place. With the option "DirectIo" the file is written
+// around the page cache: planes lie at 4 KiB multiples in the file and in memory (plane memory and
+// packed planes alike), so that every whole block goes from memory to disk without a copy.
 
 #include "codec/PlaneCodec.h"
 #include "file/AttributeSection.h"
 #include "file/FileFormat.h"
 #include "file/HeadCodec.h"
+#include "model/AlignedMemory.h"
 
 #include <BufferApi/BufferFile.h>
 #include <BufferApi/I_Buffer.h>
@@ -38,21 +41,38 @@ struct PlaneJob {
     std::size_t bytes = 0;
     unsigned elementSize = 0;
     PlaneEntry* entry = nullptr;
-    std::vector<std::uint8_t> packed; // empty: stored raw
+    // The packed stream in 4 KiB aligned memory; null: stored raw.
+    Private::AlignedBlock packed;
+    std::size_t packedBytes = 0;
 };
 
-int PackTypeOf(const boost::shared_ptr<RTE::Parameter::C_Tree>& options)
+struct ExportOptions {
+    int packType = 0;
+    bool directIo = false;
+};
+
+long long IntegerOption(const boost::shared_ptr<RTE::Parameter::C_Tree>& options, const QString& name,
+                        long long absent)
 {
     if (!options)
-        return 0;
-    const boost::shared_ptr<RTE::Parameter::C_Node> node = options->Find(QStringLiteral("PackType"));
+        return absent;
+    const boost::shared_ptr<RTE::Parameter::C_Node> node = options->Find(name);
     if (!node)
-        return 0;
-    const boost::shared_ptr<RTE::Parameter::C_Integer> packType = RTE::Parameter::CastToInteger(node);
-    RTE_VERIFY(packType, "ExportBuffer: the option \"PackType\" is not an integer");
-    const long long value = packType->GetValue();
+        return absent;
+    const boost::shared_ptr<RTE::Parameter::C_Integer> value = RTE::Parameter::CastToInteger(node);
+    if (!value)
+        RTE_THROW_MSG(RTE::VerificationFailed, "ExportBuffer: the option \"" << name << "\" is not an integer");
+    return value->GetValue();
+}
+
+ExportOptions OptionsOf(const boost::shared_ptr<RTE::Parameter::C_Tree>& options)
+{
+    ExportOptions result;
+    const long long packType = IntegerOption(options, QStringLiteral("PackType"), 0);
     // Only 0 and 2 have meanings of their own; every other value selects the fast pack.
-    return value == 0 || value == 2 ? int(value) : 1;
+    result.packType = packType == 0 || packType == 2 ? int(packType) : 1;
+    result.directIo = IntegerOption(options, QStringLiteral("DirectIo"), 0) != 0;
+    return result;
 }
 
 ScaleInfo Describe(const I_Scale& scale)
@@ -143,7 +163,9 @@ std::vector<PlaneJob> ListPlanes(const I_Buffer& buffer, Head& head)
 }
 
 // Packs every plane; a plane that packing does not make smaller stays raw. The codec packs the
-// chunks of a large plane in parallel; small planes are packed in parallel with each other.
+// chunks of a large plane in parallel; small planes are packed in parallel with each other. The
+// packed stream goes into aligned plane memory (not zero-filled, reused from the plane memory
+// cache when a block of the size is there), which direct I/O writes as it is.
 void Pack(std::vector<PlaneJob>& jobs, PlaneCodec codec)
 {
     if (codec == PlaneCodec::Raw || jobs.empty())
@@ -158,9 +180,14 @@ void Pack(std::vector<PlaneJob>& jobs, PlaneCodec codec)
     for (long i = 0; i < count; ++i) {
         PlaneJob& job = jobs[std::size_t(i)];
         try {
-            Private::PackPlane(codec, job.plane->GetData(), job.bytes, job.elementSize, job.packed);
-            if (job.packed.size() >= job.bytes)
-                job.packed = std::vector<std::uint8_t>();
+            const std::size_t capacity = Private::PackedPlaneCapacity(codec, job.bytes);
+            job.packed = Private::AllocateAligned(capacity, false);
+            job.packedBytes = Private::PackPlaneInto(codec, job.plane->GetData(), job.bytes, job.elementSize,
+                                                     static_cast<std::uint8_t*>(job.packed.get()), capacity);
+            if (job.packedBytes >= job.bytes) {
+                job.packed.reset();
+                job.packedBytes = 0;
+            }
         } catch (...) {
 #pragma omp critical(SetApiBufferFileExport)
             if (!failure)
@@ -178,15 +205,17 @@ void LayOut(Head& head, std::vector<PlaneJob>& jobs, std::size_t attributeBytes,
     head.attributesBytes = attributeBytes;
     std::uint64_t end = head.DataStart();
     for (PlaneJob& job : jobs) {
-        const bool raw = job.packed.empty();
+        const bool raw = !job.packed;
         job.entry->codec = std::uint8_t(raw ? PlaneCodec::Raw : codec);
-        job.entry->storedBytes = raw ? job.bytes : job.packed.size();
+        job.entry->storedBytes = raw ? job.bytes : job.packedBytes;
         job.entry->offset = AlignUp(end, kPlaneAlignment);
         end = job.entry->offset + job.entry->storedBytes;
     }
     head.fileBytes = end;
 }
 
+// The gap before a plane block is below one block (planes follow each other, and the head is
+// padded to the first block only), so it goes in one append.
 void AppendZeros(RTE::I_WritableFile& file, std::uint64_t count)
 {
     static const std::array<std::uint8_t, kPlaneAlignment> zeros{};
@@ -197,19 +226,24 @@ void AppendZeros(RTE::I_WritableFile& file, std::uint64_t count)
     }
 }
 
+// Writes front to back. Every plane block starts at a 4 KiB multiple of the file from 4 KiB
+// aligned memory, and what precedes it (head, attributes, the tail of the plane before, padding)
+// fills whole blocks: with direct I/O the small pieces are gathered in the file's own block and
+// every whole block of a plane goes straight from the plane's memory to the disk.
 void WriteFile(const std::string& path, const std::vector<std::uint8_t>& headBytes,
-               const std::vector<std::uint8_t>& attributes, const std::vector<PlaneJob>& jobs)
+               const std::vector<std::uint8_t>& attributes, const std::vector<PlaneJob>& jobs, bool directIo)
 {
-    std::unique_ptr<RTE::I_WritableFile> file = RTE::FileSystem::OpenForWriting(path);
+    std::unique_ptr<RTE::I_WritableFile> file =
+        RTE::FileSystem::OpenForWriting(path, directIo ? RTE::WriteMode::Direct : RTE::WriteMode::Buffered);
     file->Append(headBytes.data(), headBytes.size());
     file->Append(attributes.data(), attributes.size());
     std::uint64_t position = headBytes.size() + attributes.size();
     for (const PlaneJob& job : jobs) {
         AppendZeros(*file, job.entry->offset - position);
-        if (job.packed.empty())
-            file->Append(job.plane->GetData(), job.bytes);
+        if (job.packed)
+            file->Append(job.packed.get(), job.packedBytes);
         else
-            file->Append(job.packed.data(), job.packed.size());
+            file->Append(job.plane->GetData(), job.bytes);
         position = job.entry->offset + job.entry->storedBytes;
     }
     file->Close();
@@ -246,7 +280,8 @@ void ExportBuffer(const I_Buffer* buffer, const std::string& path, boost::shared
 {
     RTE_VERIFY(buffer != nullptr, "ExportBuffer: no buffer");
     RTE_VERIFY(!path.empty(), "ExportBuffer: empty path");
-    const PlaneCodec codec = Private::CodecForPackType(PackTypeOf(options));
+    const ExportOptions settings = OptionsOf(options);
+    const PlaneCodec codec = Private::CodecForPackType(settings.packType);
     Head head = Describe(*buffer);
     std::vector<PlaneJob> jobs = ListPlanes(*buffer, head);
     if (RTE::FileSystem::IsDirectory(path))
@@ -258,7 +293,7 @@ void ExportBuffer(const I_Buffer* buffer, const std::string& path, boost::shared
         const std::vector<std::uint8_t> attributes = EncodeAttributes(*buffer);
         LayOut(head, jobs, attributes.size(), codec);
         const std::vector<std::uint8_t> headBytes = EncodeHead(head);
-        WriteFile(temporary, headBytes, attributes, jobs);
+        WriteFile(temporary, headBytes, attributes, jobs, settings.directIo);
         Commit(temporary, path);
     } catch (const std::exception& e) {
         RemoveQuietly(temporary);

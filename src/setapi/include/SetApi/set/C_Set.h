@@ -8,12 +8,14 @@
 //
 // Buffer files are written and read by the buffer library (BufferApi::ExportBuffer/ImportBuffer);
 // this class decides what they are called, where they lie and how the numbering is kept. The
-// lock guards the file map only: a buffer export runs without it.
+// lock guards the file map only: a buffer export runs without it. StoreBuffer may be called from
+// several threads at once for different indices (a background writer with several workers).
 
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_SetBase.h>
 #include <SetApi/set/I_FileBasedSet.h>
 
+#include <atomic>
 #include <map>
 #include <mutex>
 
@@ -96,6 +98,13 @@ public:
     std::string GetTime() const;
     void Close();
     int GetLastError() const;
+    // Whether buffer files are written with direct I/O, around the page cache (off by default).
+    // For recordings: a file so written is durable on disk when its store returns, except for its
+    // name, which RTE::FileSystem::SyncFolder of the set folder makes durable for all files at once.
+    // The files are the same either way. May be changed at any time; a store under way keeps the
+    // mode it started with.
+    void SetDirectIo(bool direct) { m_directIo = direct; }
+    bool IsDirectIo() const { return m_directIo; }
     const C_DataSetParameter& GetParameters() const { return m_parameters; }
 
     // Renames buffer files down to a gapless numbering from 1, keeping parameter texts and extensions.
@@ -130,12 +139,15 @@ private:
     mutable unsigned m_indexMax = 0;
     mutable std::map<unsigned, std::string> m_fileMap;
     mutable bool m_stale = true;
-    mutable int m_lastError = 0;
+    // Atomic: loads and stores run on several threads at once, outside the lock.
+    mutable std::atomic<int> m_lastError{0};
     mutable std::recursive_mutex m_mutex;
     bool m_open = false;
     C_DataSetParameter m_parameters;
-    int m_packTypeWord = 1;
-    int m_packTypeOther = 0;
+    // Read by every store, outside the lock; may be set while stores run.
+    std::atomic<int> m_packTypeWord{1};
+    std::atomic<int> m_packTypeOther{0};
+    std::atomic<bool> m_directIo{false};
 };
 
 } // namespace SetApi
