@@ -57,7 +57,8 @@ public:
     size_t GetFillLevel() const override;
     size_t GetQueueSize() const override;
 
-    // Stop, WaitUntilFinished, then the log line.
+    // Stop, WaitUntilFinished, make the stored files durable on disk (a failure of that becomes
+    // the error text if there is none yet), then the log line.
     void Close();
 
 private:
