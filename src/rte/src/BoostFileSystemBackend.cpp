@@ -5,20 +5,24 @@
 
 #include <boost/filesystem.hpp>
 
+#include <algorithm>
 #include <cerrno>
 #include <cstdint>
 #include <cstdio>
+#include <cstdlib>
+#include <cstring>
 #include <limits>
 #include <memory>
 #include <system_error>
 
 #if !defined(_WIN32)
 #include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
 #include <unistd.h>
 #endif
-#if defined(__linux__)
-#include <fcntl.h>
+#if defined(_WIN32)
+#include <io.h>
 #endif
 
 namespace RTE {
@@ -115,7 +119,8 @@ using Stream = std::unique_ptr<std::FILE, StreamCloser>;
 
 class StdioWritableFile final : public I_WritableFile {
 public:
-    explicit StdioWritableFile(const std::string& path) : m_path(path)
+    // durable: Close flushes the file to the disk before it returns.
+    explicit StdioWritableFile(const std::string& path, bool durable = false) : m_path(path), m_durable(durable)
     {
         if (!IsUsable(path))
             RTE_THROW_MSG(FileWriteError, "OpenForWriting '" << Printable(path) << "' failed: " << Unusable(path));
@@ -142,13 +147,25 @@ public:
         if (!m_stream)
             return;
         errno = 0;
-        const bool failed = std::fclose(m_stream.release()) != 0;
-        if (failed)
-            RTE_THROW_MSG(FileWriteError, "Close '" << Printable(m_path) << "' failed: " << ErrnoReason(errno));
+        int error = 0;
+        if (m_durable) {
+#if defined(_WIN32)
+            if (std::fflush(m_stream.get()) != 0 || ::_commit(::_fileno(m_stream.get())) != 0)
+                error = errno;
+#else
+            if (std::fflush(m_stream.get()) != 0 || ::fsync(::fileno(m_stream.get())) != 0)
+                error = errno;
+#endif
+        }
+        if (std::fclose(m_stream.release()) != 0 && error == 0)
+            error = errno;
+        if (error != 0)
+            RTE_THROW_MSG(FileWriteError, "Close '" << Printable(m_path) << "' failed: " << ErrnoReason(error));
     }
 
 private:
     std::string m_path;
+    bool m_durable;
     Stream m_stream;
 };
 
@@ -257,6 +274,284 @@ private:
     bool m_direct = true;
     std::unique_ptr<I_ReadableFile> m_buffered;
     std::string m_path;
+};
+
+// A file written with WriteMode::Direct: one descriptor, opened with O_DIRECT where the file
+// system takes it. Invariants in direct mode: the bytes on disk are whole blocks up to `m_written`
+// (a multiple of kBlock), and the bytes behind them, fewer than the stage holds, wait in the
+// stage, so that the file's logical size is m_written + m_staged. Whole blocks from 4 KiB-aligned
+// caller memory go to the disk in one pwrite without a copy; unaligned memory and partial blocks
+// are copied into the stage, whose whole blocks are written at the end of every Append (and when
+// it is full); only a partial last block waits there for the next Append or for Close, which
+// writes it padded with zeros and then cuts the file to its logical size. When the file system refuses O_DIRECT, at open or with EINVAL on the first write, the
+// file writes buffered from there on: the stage is written out once and the descriptor loses
+// O_DIRECT.
+class DirectWritableFile final : public I_WritableFile {
+public:
+    static constexpr std::size_t kBlock = 4096;
+    // The stage: large enough that unaligned data goes out in pieces the disk takes at speed.
+    static constexpr std::size_t kStageBytes = std::size_t(1) << 20;
+    // Buffered writes: writeback is started for every this many bytes, and the piece before it
+    // is waited for and dropped from the page cache, so dirty pages stay few and the cache clean.
+    static constexpr std::uint64_t kWritebackBytes = std::uint64_t(8) << 20;
+
+    DirectWritableFile(int descriptor, bool direct, std::string path)
+        : m_descriptor(descriptor), m_direct(direct), m_path(std::move(path))
+    {
+    }
+
+    ~DirectWritableFile() override
+    {
+        try {
+            Close();
+        } catch (...) {
+            // Close logged it; a destructor must not raise.
+        }
+    }
+
+    void Append(const void* data, std::size_t size) override
+    {
+        if (m_descriptor < 0)
+            RTE_THROW_MSG(FileWriteError, "Write '" << Printable(m_path) << "' failed: the file is closed");
+        if (m_broken)
+            RTE_THROW_MSG(FileWriteError,
+                          "Write '" << Printable(m_path) << "' failed: an earlier write to the file failed");
+        const auto* bytes = static_cast<const char*>(data);
+        while (size > 0) {
+            if (!m_direct) {
+                FlushStage();
+                WriteBuffered(bytes, size);
+                return;
+            }
+            const bool blockBoundary = m_staged % kBlock == 0;
+            if (blockBoundary && size >= kBlock && reinterpret_cast<std::uintptr_t>(bytes) % kBlock == 0) {
+                FlushStage();
+                const std::size_t whole = size - size % kBlock;
+                WriteDirect(bytes, whole); // or buffered, where the file system refused
+                bytes += whole;
+                size -= whole;
+                continue;
+            }
+            // A partial block is completed first, so that aligned data behind it may go straight.
+            std::size_t take = std::min(size, kStageBytes - m_staged);
+            if (!blockBoundary)
+                take = std::min(take, kBlock - m_staged % kBlock);
+            std::memcpy(Stage() + m_staged, bytes, take);
+            m_staged += take;
+            bytes += take;
+            size -= take;
+            if (m_staged == kStageBytes)
+                FlushStage();
+        }
+        // Whole blocks do not wait in the stage: what a caller appended up to a block boundary is
+        // in the file when Append returns, as it would be with buffered writing, so that a
+        // process that dies leaves every complete record of a block-structured file behind.
+        if (m_direct)
+            FlushStage();
+    }
+
+    void Close() override
+    {
+        if (m_descriptor < 0)
+            return;
+        int error = 0;
+        try {
+            if (!m_broken)
+                FlushTail();
+        } catch (...) {
+            ::close(m_descriptor);
+            m_descriptor = -1;
+            throw;
+        }
+        // The logical size (after a failed write, what reached the disk); cutting the file there
+        // also gives back room reserved beyond it.
+        const std::uint64_t size = m_broken ? m_written : m_written + m_staged;
+        if (m_reserved > 0 || m_padded) {
+            if (::ftruncate(m_descriptor, off_t(size)) != 0)
+                error = errno;
+            else if (m_reserved > size) {
+                // Some file systems keep blocks preallocated past the end through a truncation to
+                // the same size; a hole punched there returns them for certain.
+                const std::uint64_t from = (size + kBlock - 1) / kBlock * kBlock;
+                if (m_reserved > from)
+                    ::fallocate(m_descriptor, FALLOC_FL_PUNCH_HOLE | FALLOC_FL_KEEP_SIZE, off_t(from),
+                                off_t(m_reserved - from));
+            }
+        }
+        if (error == 0 && ::fdatasync(m_descriptor) != 0)
+            error = errno;
+        if (::close(m_descriptor) != 0 && error == 0)
+            error = errno;
+        m_descriptor = -1;
+        m_staged = 0;
+        if (error != 0)
+            RTE_THROW_MSG(FileWriteError, "Close '" << Printable(m_path) << "' failed: " << ErrnoReason(error));
+    }
+
+    bool IsDirect() const override { return m_direct; }
+
+    void Reserve(std::uint64_t bytes) override
+    {
+        if (m_descriptor < 0 || bytes <= m_reserved)
+            return;
+        // A hint: a file system without preallocation, or a disk without the room, is no failure;
+        // the writes themselves report a full disk.
+        const std::uint64_t from = std::max(m_reserved, m_written);
+        if (bytes > from && ::fallocate(m_descriptor, FALLOC_FL_KEEP_SIZE, off_t(from), off_t(bytes - from)) != 0)
+            return;
+        m_reserved = bytes;
+    }
+
+private:
+    char* Stage()
+    {
+        if (!m_stage) {
+            void* block = nullptr;
+            if (::posix_memalign(&block, kBlock, kStageBytes) != 0)
+                RTE_THROW_MSG(FileWriteError, "Write '" << Printable(m_path) << "' failed: out of memory");
+            m_stage.reset(static_cast<char*>(block));
+        }
+        return m_stage.get();
+    }
+
+    // Writes the stage's whole blocks and keeps a partial last block in it.
+    void FlushStage()
+    {
+        const std::size_t whole = m_staged - m_staged % kBlock;
+        if (whole == 0)
+            return;
+        if (!m_direct) {
+            const std::size_t staged = m_staged;
+            m_staged = 0;
+            WriteBuffered(m_stage.get(), staged);
+            return;
+        }
+        WriteDirect(m_stage.get(), whole);
+        if (!m_direct) // the stage went out buffered
+            return;
+        const std::size_t rest = m_staged - whole;
+        std::memmove(m_stage.get(), m_stage.get() + whole, rest);
+        m_staged = rest;
+    }
+
+    // Writes all that is staged; in direct mode the last block padded with zeros, to be cut off at
+    // Close.
+    void FlushTail()
+    {
+        if (m_staged == 0)
+            return;
+        if (!m_direct) {
+            const std::size_t staged = m_staged;
+            m_staged = 0;
+            WriteBuffered(m_stage.get(), staged);
+            return;
+        }
+        const std::size_t whole = (m_staged + kBlock - 1) / kBlock * kBlock;
+        std::memset(m_stage.get() + m_staged, 0, whole - m_staged);
+        const std::size_t staged = m_staged;
+        WriteDirect(m_stage.get(), whole);
+        if (m_direct) {
+            // The padding is not part of the file: the logical size stays written + staged.
+            m_written -= whole - staged;
+            m_staged = 0;
+            m_padded = true;
+        }
+    }
+
+    // Writes whole aligned blocks from `bytes` at m_written. When the file system refuses (EINVAL
+    // on the first direct write), the descriptor loses O_DIRECT and the bytes go out buffered, the
+    // stage first if they are not the stage.
+    void WriteDirect(const char* bytes, std::size_t size)
+    {
+        std::size_t done = 0;
+        while (done < size) {
+            const ::ssize_t put = ::pwrite(m_descriptor, bytes + done, size - done, off_t(m_written));
+            if (put < 0) {
+                const int error = errno;
+                if (error == EINTR)
+                    continue;
+                if (error == EINVAL && m_written == 0 && done == 0 && LeaveDirect()) {
+                    if (bytes != m_stage.get()) {
+                        FlushStage();
+                        WriteBuffered(bytes, size);
+                    } else {
+                        const std::size_t staged = m_staged;
+                        m_staged = 0;
+                        WriteBuffered(bytes, staged);
+                    }
+                    return;
+                }
+                Broken(error);
+            }
+            if (put == 0)
+                Broken(EIO);
+            done += std::size_t(put);
+            m_written += std::uint64_t(put);
+            if (m_written % kBlock != 0) {
+                // A short write inside a block: no further direct write could follow it.
+                m_staged = 0;
+                Broken(ENOSPC);
+            }
+        }
+    }
+
+    void WriteBuffered(const char* bytes, std::size_t size)
+    {
+        std::size_t done = 0;
+        while (done < size) {
+            const ::ssize_t put = ::pwrite(m_descriptor, bytes + done, size - done, off_t(m_written));
+            if (put < 0 && errno == EINTR)
+                continue;
+            if (put <= 0)
+                Broken(put < 0 ? errno : EIO);
+            done += std::size_t(put);
+            m_written += std::uint64_t(put);
+        }
+        // Writeback of each finished piece starts at once; the piece before it is waited for and
+        // leaves the cache. A recording thus neither fills the memory with dirty pages nor pushes
+        // other data out of the cache, and Close has little left to wait for.
+        while (m_written - m_writebackStarted >= kWritebackBytes) {
+            const std::uint64_t start = m_writebackStarted;
+            ::sync_file_range(m_descriptor, off_t(start), off_t(kWritebackBytes), SYNC_FILE_RANGE_WRITE);
+            if (start >= kWritebackBytes) {
+                const std::uint64_t before = start - kWritebackBytes;
+                ::sync_file_range(m_descriptor, off_t(before), off_t(kWritebackBytes),
+                                  SYNC_FILE_RANGE_WAIT_BEFORE | SYNC_FILE_RANGE_WRITE | SYNC_FILE_RANGE_WAIT_AFTER);
+                ::posix_fadvise(m_descriptor, off_t(before), off_t(kWritebackBytes), POSIX_FADV_DONTNEED);
+            }
+            m_writebackStarted = start + kWritebackBytes;
+        }
+    }
+
+    bool LeaveDirect()
+    {
+        const int flags = ::fcntl(m_descriptor, F_GETFL);
+        if (flags < 0 || ::fcntl(m_descriptor, F_SETFL, flags & ~O_DIRECT) != 0)
+            return false;
+        m_direct = false;
+        return true;
+    }
+
+    [[noreturn]] void Broken(int error)
+    {
+        m_broken = true;
+        RTE_THROW_MSG(FileWriteError, "Write '" << Printable(m_path) << "' failed: " << ErrnoReason(error));
+    }
+
+    struct FreeDeleter {
+        void operator()(char* block) const noexcept { std::free(block); }
+    };
+
+    int m_descriptor;
+    bool m_direct;
+    bool m_broken = false; // a write failed: nothing more is written, Close keeps what is on disk
+    bool m_padded = false; // the last block on disk carries padding behind the logical end
+    std::string m_path;
+    std::unique_ptr<char, FreeDeleter> m_stage;
+    std::size_t m_staged = 0;
+    std::uint64_t m_written = 0;          // bytes on disk (in direct mode whole blocks)
+    std::uint64_t m_reserved = 0;         // room preallocated up to here
+    std::uint64_t m_writebackStarted = 0; // buffered: writeback started up to here
 };
 #endif
 
@@ -565,6 +860,47 @@ std::unique_ptr<I_ReadableFile> BoostFileSystemBackend::OpenForDirectReading(con
         return std::make_unique<DirectReadableFile>(descriptor, std::move(buffered), path);
 #endif
     return buffered;
+}
+
+std::unique_ptr<I_WritableFile> BoostFileSystemBackend::OpenForDirectWriting(const std::string& path)
+{
+#if defined(__linux__)
+    if (!IsUsable(path))
+        RTE_THROW_MSG(FileWriteError, "OpenForWriting '" << Printable(path) << "' failed: " << Unusable(path));
+    const int flags = O_WRONLY | O_CREAT | O_TRUNC | O_CLOEXEC;
+    int descriptor = ::open(path.c_str(), flags | O_DIRECT, 0666);
+    bool direct = descriptor >= 0;
+    if (descriptor < 0 && errno == EINVAL) // the file system refuses O_DIRECT
+        descriptor = ::open(path.c_str(), flags, 0666);
+    if (descriptor < 0)
+        RTE_THROW_MSG(FileWriteError, "OpenForWriting '" << Printable(path) << "' failed: " << ErrnoReason(errno));
+    return std::make_unique<DirectWritableFile>(descriptor, direct, path);
+#else
+    return std::make_unique<StdioWritableFile>(path, true);
+#endif
+}
+
+void BoostFileSystemBackend::SyncFolder(const std::string& path)
+{
+    Check("SyncFolder", path);
+#if !defined(_WIN32)
+    const int descriptor = ::open(path.c_str(), O_RDONLY | O_CLOEXEC
+#if defined(O_DIRECTORY)
+                                                    | O_DIRECTORY
+#endif
+    );
+    if (descriptor < 0)
+        Fail("SyncFolder", path, ErrnoReason(errno));
+#if defined(__linux__)
+    const int result = ::syncfs(descriptor);
+#else
+    const int result = ::fsync(descriptor);
+#endif
+    const int error = errno;
+    ::close(descriptor);
+    if (result != 0)
+        Fail("SyncFolder", path, ErrnoReason(error));
+#endif
 }
 
 } // namespace Private

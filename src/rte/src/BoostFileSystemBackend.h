@@ -36,6 +36,15 @@ public:
     // are multiples of 4096; when the file system refuses O_DIRECT (at open, or with EINVAL on a
     // read) the file reads buffered from then on. Elsewhere the same as OpenForReading.
     std::unique_ptr<I_ReadableFile> OpenForDirectReading(const std::string& path) override;
+    // On Linux one descriptor opened with O_DIRECT (or without, where the file system refuses it
+    // at open or at the first write): whole 4 KiB blocks from aligned memory are written straight,
+    // the rest is staged in an aligned block of the file's own; Close writes the staged tail,
+    // trims the file to the bytes appended (and so any room reserved beyond) and waits for
+    // fdatasync. Without direct I/O, writeback is started behind the data every few MiB and pages
+    // written back are dropped from the cache. Elsewhere an ordinary file flushed to disk at Close.
+    std::unique_ptr<I_WritableFile> OpenForDirectWriting(const std::string& path) override;
+    // syncfs on Linux, fsync of the folder on other POSIX systems; nothing on Windows.
+    void SyncFolder(const std::string& path) override;
 };
 
 } // namespace Private

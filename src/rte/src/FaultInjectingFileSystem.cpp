@@ -47,6 +47,8 @@ public:
     }
 
     void Close() override { m_target->Close(); }
+    bool IsDirect() const override { return m_target->IsDirect(); }
+    void Reserve(std::uint64_t bytes) override { m_target->Reserve(bytes); }
 
 private:
     std::unique_ptr<I_WritableFile> m_target;
@@ -204,6 +206,14 @@ std::unique_ptr<I_WritableFile> FaultInjectingFileSystem::OpenForWriting(const s
     Enter(Operation::OpenForWriting, path);
     return std::make_unique<BudgetedFile>(m_target->OpenForWriting(path), m_budget, path);
 }
+
+std::unique_ptr<I_WritableFile> FaultInjectingFileSystem::OpenForDirectWriting(const std::string& path)
+{
+    Enter(Operation::OpenForWriting, path);
+    return std::make_unique<BudgetedFile>(m_target->OpenForDirectWriting(path), m_budget, path);
+}
+
+void FaultInjectingFileSystem::SyncFolder(const std::string& path) { m_target->SyncFolder(path); }
 
 std::unique_ptr<I_ReadableFile> FaultInjectingFileSystem::OpenForReading(const std::string& path)
 {

@@ -67,6 +67,9 @@ public:
     std::unique_ptr<I_WritableFile> OpenForWriting(const std::string& path) override;
     std::unique_ptr<I_ReadableFile> OpenForReading(const std::string& path) override;
     std::unique_ptr<I_ReadableFile> OpenForDirectReading(const std::string& path) override;
+    // Counted and failed as OpenForWriting; the file draws on the same simulated disk.
+    std::unique_ptr<I_WritableFile> OpenForDirectWriting(const std::string& path) override;
+    void SyncFolder(const std::string& path) override;
 
     // The byte budget of the simulated disk, shared with the files opened for writing.
     struct WriteBudget;

@@ -10,6 +10,7 @@
 #include <RTE/FileSystem.h>
 #include <RTE/Logger.h>
 
+#include <algorithm>
 #include <chrono>
 #include <random>
 
@@ -66,6 +67,7 @@ struct C_ImageWriter::State {
 
     std::uint64_t images = 0;     // records appended
     std::uint64_t nextOffset = 0; // of the next record in the data file
+    std::uint64_t reservedTo = 0; // direct I/O: room set aside in the data file up to here
 
     // Reused for every image: the record header block (zero behind its used bytes), a block of
     // zeros for padding, one pack buffer per plane of a compressed record, and one index entry.
@@ -74,6 +76,9 @@ struct C_ImageWriter::State {
     std::vector<std::vector<std::uint8_t>> packs;
     std::vector<const void*> framePlanes; // AppendFramesOfOneImage: where each frame begins
     std::uint8_t indexEntry[Format::kIndexEntryBytes] = {};
+
+    // Direct I/O reserves room in steps of this size (or one record, if larger).
+    static constexpr std::uint64_t kReserveStep = std::uint64_t(256) << 20;
 
     void Append(const void* const* planes);
     void Write(RTE::I_WritableFile& file, const void* bytes, std::size_t size);
@@ -139,7 +144,8 @@ void C_ImageWriter::Open(const QString& destination)
             pack.reserve(std::size_t(s.layout.maxStoredBytes));
     }
 
-    s.data = RTE::FileSystem::OpenForWriting(s.dataPath);
+    const RTE::WriteMode mode = s.directIo ? RTE::WriteMode::Direct : RTE::WriteMode::Buffered;
+    s.data = RTE::FileSystem::OpenForWriting(s.dataPath, mode);
     s.open = true;
     try {
         AlignedBlock block = AllocateAligned(Format::kBlockBytes, true);
@@ -148,7 +154,7 @@ void C_ImageWriter::Open(const QString& destination)
         s.nextOffset = Format::kBlockBytes;
 
         if (compressed) {
-            s.index = RTE::FileSystem::OpenForWriting(s.indexPath);
+            s.index = RTE::FileSystem::OpenForWriting(s.indexPath, mode);
             std::uint8_t indexHeader[Format::kIndexHeaderBytes];
             Format::EncodeIndexHeader(s.header.streamId, indexHeader);
             s.Write(*s.index, indexHeader, sizeof indexHeader);
@@ -253,7 +259,18 @@ void C_ImageWriter::State::Append(const void* const* planes)
     record.planes = layout.planes;
     Format::EncodeRecordHeader(record, block);
 
-    // Header block first, then each plane padded to the next block: every plane starts 4 KiB aligned.
+    if (directIo && nextOffset + record.recordBytes > reservedTo) {
+        // Room for the next records in one large extent: the file system need not find blocks
+        // write by write, and the file lies in few pieces. Close gives back what was not used.
+        reservedTo = nextOffset + std::max<std::uint64_t>(record.recordBytes, kReserveStep);
+        data->Reserve(reservedTo);
+    }
+
+    // Header block first, then each plane padded to the next block: every plane starts 4 KiB
+    // aligned. With direct I/O the header block and the whole blocks of raw planes in aligned
+    // memory (buffer planes are) go to the disk without a copy; a plane's last partial block and
+    // its padding meet in the file's own aligned block, so every record ends on a block boundary
+    // and is in the file when Append returns.
     Write(*data, block, layout.recordHeaderBytes);
     for (std::uint32_t p = 0; p < layout.planes; ++p) {
         const std::size_t stored = compressed ? packs[p].size() : std::size_t(layout.planeBytes);
