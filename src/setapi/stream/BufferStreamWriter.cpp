@@ -4,6 +4,7 @@
 #include <SetApi/stream/BufferStreamWriter.h>
 
 #include "BufferStreamFormatGuard.h"
+#include "FrameTeam.h"
 #include "RecordingWriters.h"
 
 #include <BufferApi/I_Buffer.h>
@@ -17,6 +18,7 @@
 #include <RTE/Logger.h>
 
 #include <exception>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -100,11 +102,9 @@ class FirstFailure {
 public:
     void Keep(std::exception_ptr failure)
     {
-#pragma omp critical(SetApiBufferStreamWriterFailure)
-        {
-            if (!m_failure)
-                m_failure = failure;
-        }
+        std::lock_guard<std::mutex> lock(m_mutex);
+        if (!m_failure)
+            m_failure = failure;
     }
     bool HasFailed() const { return static_cast<bool>(m_failure); }
     void Rethrow() const
@@ -114,25 +114,22 @@ public:
     }
 
 private:
+    std::mutex m_mutex;
     std::exception_ptr m_failure;
 };
 
-// Runs `append(i)` for every frame in a parallel loop and returns the first failure.
+// Runs `append(i)` for every frame at once on the frame team and keeps the first failure in
+// `failure`; the other frames are written all the same.
 template <class Append>
-FirstFailure AppendFramesInParallel(unsigned frameCount, const Append& append)
+void AppendFramesInParallel(Private::FrameTeam& team, unsigned frameCount, FirstFailure& failure, const Append& append)
 {
-    FirstFailure failure;
-    const int count = static_cast<int>(frameCount);
-    // A single camera needs no team of threads.
-#pragma omp parallel for schedule(static) if (count > 1)
-    for (int i = 0; i < count; ++i) {
+    team.Run(frameCount, [&](unsigned i) {
         try {
-            append(static_cast<unsigned>(i));
+            append(i);
         } catch (...) {
             failure.Keep(std::current_exception());
         }
-    }
-    return failure;
+    });
 }
 
 // Writes the attribute records of the image, then raises the first failure of its frames. The
@@ -156,7 +153,8 @@ void FinishImage(const FirstFailure& frameFailure, const WriteRecords& writeReco
 } // namespace
 
 BufferStreamWriter::BufferStreamWriter(QString name, I_Set::E_SetType type, BufferApi::BufferPackType_t compression)
-    : m_name(std::move(name)), m_compression(compression), m_guard(std::make_unique<Private::BufferStreamFormatGuard>())
+    : m_name(std::move(name)), m_compression(compression), m_guard(std::make_unique<Private::BufferStreamFormatGuard>()),
+      m_frameTeam(std::make_unique<Private::FrameTeam>())
 {
     m_configuration.CreateSet(m_name, type, QString(), QString(), nullptr);
     m_configuration.SetFrameWriterContext(StreamSetConfiguration::Frame);
@@ -206,7 +204,8 @@ void BufferStreamWriter::Store(const BufferApi::I_Buffer* buffer)
 
     const unsigned frameCount = buffer->GetNumberOfFrames();
     const std::size_t fieldCount = m_scalarFieldWriters.size() / frameCount;
-    const FirstFailure failure = AppendFramesInParallel(frameCount, [&](unsigned i) {
+    FirstFailure failure;
+    AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
         FrameStreams streams;
         streams.image = &ImageStream(m_imageWriters[i]);
         if (!m_maskWriters.empty())
@@ -237,7 +236,8 @@ void BufferStreamWriter::Store(const DataObjects::ImageBufferVariant& buffer)
 
     const unsigned frameCount = buffer.GetListSize();
     const std::size_t fieldCount = m_scalarFieldWriters.size() / frameCount;
-    const FirstFailure failure = AppendFramesInParallel(frameCount, [&](unsigned i) {
+    FirstFailure failure;
+    AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
         FrameStreams streams;
         streams.image = &ImageStream(m_imageWriters[i]);
         if (!m_maskWriters.empty())

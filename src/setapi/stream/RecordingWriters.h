@@ -119,8 +119,11 @@ private:
 // The attribute stream of one frame or of the buffer's global attributes: one record per image.
 class AttributeRecordingWriter : public I_RecordingWriter {
 public:
-    // Records are written in batches of this many (or of 1 MiB); the destructor writes the rest.
-    static constexpr unsigned RecordsPerBatch = 64;
+    // Each image's record is written when the image is stored: an image whose Store has returned
+    // is complete on disk with its attributes, so a recording killed later keeps them, and the
+    // reader's probe of the last image (frame attributes written last) stays true. A record is a
+    // few hundred bytes next to megabytes of pixels; batching would save nothing worth that.
+    static constexpr unsigned RecordsPerBatch = 1;
 
     AttributeRecordingWriter();
     // Closes the stream, writing the records not yet written. A failure is logged, not raised.

@@ -34,7 +34,8 @@ class I_RecordingWriter;
 
 namespace Private {
 class BufferStreamFormatGuard;
-}
+class FrameTeam;
+} // namespace Private
 
 class SETAPI_API BufferStreamWriter {
 public:
@@ -76,6 +77,8 @@ private:
     std::vector<std::unique_ptr<I_RecordingWriter>> m_scalarFieldWriters;
     std::vector<std::unique_ptr<I_RecordingWriter>> m_scaleWriters;
     std::vector<std::unique_ptr<I_RecordingWriter>> m_attributeWriters;
+    // The threads that append the frames of one image at once.
+    std::unique_ptr<Private::FrameTeam> m_frameTeam;
 };
 
 } // namespace SetApi
