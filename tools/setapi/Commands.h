@@ -2,6 +2,8 @@
 // The sub-commands of the setapi tool. Each returns the process exit code and reports failures by
 // throwing; main turns an exception into one line on standard error and exit code 1.
 
+#include "RecordArguments.h"
+
 #include <atomic>
 #include <functional>
 #include <ostream>
@@ -54,6 +56,32 @@ int RunCopy(const std::string& from, const std::string& to, const S_CopyOptions&
 // The same, with Ctrl-C routed to the interrupt flag, and a progress line on standard error when
 // that is a terminal.
 int RunCopy(const std::string& from, const std::string& to, const S_CopyOptions& options);
+
+// What a recording looks at while it runs. `interrupted` is looked at before each image is handed
+// to the writer (and between the images of the check); once raised, the recording is aborted.
+// `progress`, if set, receives a live progress line. `onStored` is called on the recording thread
+// after each image was handed over, with the number handed over so far (a test raises the flag
+// from it).
+struct RecordWatch {
+    const std::atomic<bool>& interrupted;
+    std::ostream* progress = nullptr;
+    std::function<void(unsigned stored)> onStored;
+};
+
+// Records synthetic camera images (SyntheticRecording) into a new set at `set` (a path without
+// ".set"): a stream set through the queued stream set writer, or with `plain` a plain set through
+// the set writer with two threads. Then reopens the set through the factory, checks every image
+// bit for bit against the images made again, writes the first image of camera 1 as PNG beside the
+// set ("<set>-camera1.png") and prints what was recorded: images and bytes, time and throughput,
+// the queue's high-water mark, whether the producer waited, the writer's errors, and "verified <n>
+// images bit-exact". A bad option or an existing set raise before anything is made; a difference
+// on reading back or an error of the writer raise after the report. An interrupt aborts the
+// writer, keeps the partial recording on disk, says so on `err` and returns InterruptedExitCode.
+int RunRecord(const std::string& set, const S_RecordOptions& options, const RecordWatch& watch, std::ostream& out,
+              std::ostream& err);
+// The same, with Ctrl-C routed to the interrupt flag, a progress line on standard error when that
+// is a terminal, and the report on standard output.
+int RunRecord(const std::string& set, const S_RecordOptions& options);
 
 // Moves a set to a new path (another folder, another name). Refuses a target that exists.
 int RunMove(const std::string& from, const std::string& to);

@@ -1,5 +1,5 @@
-// setapi: the command-line face of the library. Sub-commands: demo, info, export, ls, cp, mv, rm,
-// rename.
+// setapi: the command-line face of the library. Sub-commands: demo, record, info, export, ls, cp,
+// mv, rm, rename.
 
 #include "Commands.h"
 
@@ -15,6 +15,11 @@ int main(int argc, char** argv)
 {
     CLI::App app{"setapi: create, inspect and handle data sets"};
     app.require_subcommand(1);
+    // A command line that is not understood is one line on standard error, in the form of every
+    // other failure of the tool. Set before the sub-commands are added, which take it over.
+    app.failure_message([](const CLI::App*, const CLI::Error& e) {
+        return std::string("setapi: ") + e.what() + " (see --help)\n";
+    });
 
     std::string logLevel = "off";
     app.add_option("--log", logLevel, "Library log messages on standard error: off, error, info or debug")
@@ -23,6 +28,25 @@ int main(int argc, char** argv)
     std::string demoFolder = "setapi-demo";
     CLI::App* demo = app.add_subcommand("demo", "Create a small project of sets with synthetic images, reopen, verify and print it");
     demo->add_option("folder", demoFolder, "Folder to create the project in (default: setapi-demo)");
+
+    std::string recordSet;
+    SetApiTool::S_RecordOptions recordOptions;
+    CLI::App* record = app.add_subcommand("record", "Record synthetic camera images into a new set, read them back and verify them");
+    record->footer(
+        "Each image holds one frame per camera: moving particle images on a noisy background, with\n"
+        "scales and attributes. They go through the queued stream set writer into a stream set (with\n"
+        "--plain through the set writer with two threads into a plain set). Afterwards the set is reopened\n"
+        "through the factory and every image is checked bit for bit; the first image of camera 1 is\n"
+        "written as <set>-camera1.png. On a terminal a progress line is shown. Ctrl-C aborts the\n"
+        "recording: what was written stays on disk, and the exit code is 130. An existing set is refused.");
+    record->add_option("set", recordSet, "The new set: its path without .set")->required();
+    record->add_option("--cameras", recordOptions.cameras, "Frames per image, one per camera (default 2)");
+    record->add_option("--size", recordOptions.size, "Camera image size WIDTHxHEIGHT (default 1024x1024)");
+    record->add_option("--type", recordOptions.type, "Pixel type: word (12-bit values) or float (default word)");
+    record->add_option("--images", recordOptions.images, "Number of images (default 100)");
+    record->add_option("--queue", recordOptions.queue, "Queue places of the writer (default 16)");
+    record->add_option("--pack", recordOptions.pack, "Packing: 0 none, 1 fast lossless, 2 zlib (default 0)");
+    record->add_flag("--plain", recordOptions.plain, "A plain set of buffer files, through the set writer");
 
     std::string infoPath;
     CLI::App* info = app.add_subcommand("info", "Print name, type, size, parameters and buffer structure of a set");
@@ -95,6 +119,8 @@ int main(int argc, char** argv)
     try {
         if (*demo)
             return SetApiTool::RunDemo(demoFolder);
+        if (*record)
+            return SetApiTool::RunRecord(recordSet, recordOptions);
         if (*info)
             return SetApiTool::RunInfo(infoPath);
         if (*exportCommand)
