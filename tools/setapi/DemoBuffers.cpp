@@ -1,5 +1,7 @@
 #include "DemoBuffers.h"
 
+#include "Lcg.h"
+
 #include <BufferApi/AttributeStore.h>
 #include <BufferApi/Creation.h>
 #include <BufferApi/I_Buffer.h>
@@ -21,20 +23,6 @@ namespace SetApiTool {
 namespace {
 
 using namespace BufferApi;
-
-// A small deterministic generator, so that every run and every platform draws the same numbers.
-class Lcg {
-public:
-    explicit Lcg(std::uint64_t seed) : m_state(seed * 6364136223846793005ULL + 1442695040888963407ULL) {}
-    double Uniform() // in [0, 1)
-    {
-        m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
-        return double(m_state >> 11) * (1.0 / 9007199254740992.0);
-    }
-
-private:
-    std::uint64_t m_state;
-};
 
 // Noise of one pixel from its position alone, in [-1, 1].
 double PixelNoise(unsigned x, unsigned y, unsigned index)

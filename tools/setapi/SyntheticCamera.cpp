@@ -1,5 +1,7 @@
 #include "SyntheticCamera.h"
 
+#include "Lcg.h"
+
 #include <BufferApi/AttributeStore.h>
 #include <BufferApi/Creation.h>
 #include <BufferApi/I_Buffer.h>
@@ -27,20 +29,6 @@ constexpr unsigned PatternCount = 16;
 // below 2 % of its peak at the border.
 constexpr int SpotRadius = 4;
 constexpr int WordMaximum = 4095; // a 12-bit camera
-
-// A small deterministic generator, so that every run draws the same particles.
-class Lcg {
-public:
-    explicit Lcg(std::uint64_t seed) : m_state(seed * 6364136223846793005ULL + 1442695040888963407ULL) {}
-    float Uniform() // in [0, 1)
-    {
-        m_state = m_state * 6364136223846793005ULL + 1442695040888963407ULL;
-        return float(m_state >> 40) * (1.0f / 16777216.0f);
-    }
-
-private:
-    std::uint64_t m_state;
-};
 
 // Read noise of one table element from its position alone: roughly Gaussian (a sum of four
 // uniform draws), standard deviation about 4 counts.
@@ -111,12 +99,12 @@ SyntheticRecording::SyntheticRecording(const S_SyntheticShape& shape, long long 
         std::vector<S_Particle>& particles = m_particles[camera];
         particles.resize(count);
         for (S_Particle& p : particles) {
-            p.x = random.Uniform() * float(width);
-            p.y = random.Uniform() * float(height);
-            p.vx = 2.0f + 3.0f * random.Uniform();
-            p.vy = 1.2f * (random.Uniform() - 0.5f);
-            p.peak = 300.0f + 2500.0f * random.Uniform();
-            p.sigma = 0.7f + 0.8f * random.Uniform();
+            p.x = random.UniformFloat() * float(width);
+            p.y = random.UniformFloat() * float(height);
+            p.vx = 2.0f + 3.0f * random.UniformFloat();
+            p.vy = 1.2f * (random.UniformFloat() - 0.5f);
+            p.peak = 300.0f + 2500.0f * random.UniformFloat();
+            p.sigma = 0.7f + 0.8f * random.UniformFloat();
         }
     }
 }
