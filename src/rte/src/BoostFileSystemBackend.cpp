@@ -378,7 +378,7 @@ public:
                                 off_t(m_reserved - from));
             }
         }
-        if (error == 0 && ::fdatasync(m_descriptor) != 0)
+        if (error == 0 && m_syncAtClose && ::fdatasync(m_descriptor) != 0)
             error = errno;
         if (::close(m_descriptor) != 0 && error == 0)
             error = errno;
@@ -389,6 +389,8 @@ public:
     }
 
     bool IsDirect() const override { return m_direct; }
+
+    void DeferSync() override { m_syncAtClose = false; }
 
     void Reserve(std::uint64_t bytes) override
     {
@@ -546,6 +548,7 @@ private:
     bool m_direct;
     bool m_broken = false; // a write failed: nothing more is written, Close keeps what is on disk
     bool m_padded = false; // the last block on disk carries padding behind the logical end
+    bool m_syncAtClose = true; // false: the owner syncs the folder (DeferSync)
     std::string m_path;
     std::unique_ptr<char, FreeDeleter> m_stage;
     std::size_t m_staged = 0;

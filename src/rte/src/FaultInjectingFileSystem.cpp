@@ -49,6 +49,7 @@ public:
     void Close() override { m_target->Close(); }
     bool IsDirect() const override { return m_target->IsDirect(); }
     void Reserve(std::uint64_t bytes) override { m_target->Reserve(bytes); }
+    void DeferSync() override { m_target->DeferSync(); }
 
 private:
     std::unique_ptr<I_WritableFile> m_target;

@@ -45,6 +45,8 @@ bool I_WritableFile::IsDirect() const { return false; }
 
 void I_WritableFile::Reserve(std::uint64_t) {}
 
+void I_WritableFile::DeferSync() {}
+
 std::unique_ptr<I_WritableFile> I_FileSystemBackend::OpenForDirectWriting(const std::string& path)
 {
     return OpenForWriting(path);

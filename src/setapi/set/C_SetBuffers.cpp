@@ -87,7 +87,7 @@ void C_Set::StoreBufferWithParametersThrows(const BufferApi::I_Buffer* buffer, u
         auto options = RTE::Parameter::CreateTree();
         options->Add(RTE::Parameter::CreateInteger(QStringLiteral("PackType"), packType));
         if (directIo)
-            options->Add(RTE::Parameter::CreateInteger(QStringLiteral("DirectIo"), 1));
+            options->Add(RTE::Parameter::CreateInteger(QStringLiteral("DirectIo"), 2));
         BufferApi::ExportBuffer(buffer, path, options);
     });
     Notify_StoreBuffer(index);

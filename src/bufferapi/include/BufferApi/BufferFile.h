@@ -18,7 +18,9 @@ class I_Buffer;
 // absent means 0) selects how planes are packed. The integer option "DirectIo" (absent means 0),
 // when not 0, writes the file with RTE::WriteMode::Direct: around the page cache, plane blocks
 // straight from plane memory, and durable on disk before it is renamed into place (the rename
-// itself is durable after RTE::FileSystem::SyncFolder); the bytes are the same as without it. The
+// itself is durable after RTE::FileSystem::SyncFolder); the value 2 does the same but leaves the
+// file's durability too to that SyncFolder, for a writer of many files that syncs them all at once.
+// The bytes are the same as without it. The
 // file appears complete or not at all: it is
 // written beside the target under a temporary name and renamed over it at the end, so that an
 // earlier file of that name survives a failed write. Raises RTE::FileWriteError when the file

@@ -49,6 +49,7 @@ struct PlaneJob {
 struct ExportOptions {
     int packType = 0;
     bool directIo = false;
+    bool deferSync = false; // "DirectIo" 2: durable at the caller's SyncFolder, not at Close
 };
 
 long long IntegerOption(const boost::shared_ptr<RTE::Parameter::C_Tree>& options, const QString& name,
@@ -71,7 +72,9 @@ ExportOptions OptionsOf(const boost::shared_ptr<RTE::Parameter::C_Tree>& options
     const long long packType = IntegerOption(options, QStringLiteral("PackType"), 0);
     // Only 0 and 2 have meanings of their own; every other value selects the fast pack.
     result.packType = packType == 0 || packType == 2 ? int(packType) : 1;
-    result.directIo = IntegerOption(options, QStringLiteral("DirectIo"), 0) != 0;
+    const long long directIo = IntegerOption(options, QStringLiteral("DirectIo"), 0);
+    result.directIo = directIo != 0;
+    result.deferSync = directIo == 2;
     return result;
 }
 
@@ -231,10 +234,13 @@ void AppendZeros(RTE::I_WritableFile& file, std::uint64_t count)
 // fills whole blocks: with direct I/O the small pieces are gathered in the file's own block and
 // every whole block of a plane goes straight from the plane's memory to the disk.
 void WriteFile(const std::string& path, const std::vector<std::uint8_t>& headBytes,
-               const std::vector<std::uint8_t>& attributes, const std::vector<PlaneJob>& jobs, bool directIo)
+               const std::vector<std::uint8_t>& attributes, const std::vector<PlaneJob>& jobs, bool directIo,
+               bool deferSync)
 {
     std::unique_ptr<RTE::I_WritableFile> file =
         RTE::FileSystem::OpenForWriting(path, directIo ? RTE::WriteMode::Direct : RTE::WriteMode::Buffered);
+    if (deferSync)
+        file->DeferSync();
     file->Append(headBytes.data(), headBytes.size());
     file->Append(attributes.data(), attributes.size());
     std::uint64_t position = headBytes.size() + attributes.size();
@@ -293,7 +299,7 @@ void ExportBuffer(const I_Buffer* buffer, const std::string& path, boost::shared
         const std::vector<std::uint8_t> attributes = EncodeAttributes(*buffer);
         LayOut(head, jobs, attributes.size(), codec);
         const std::vector<std::uint8_t> headBytes = EncodeHead(head);
-        WriteFile(temporary, headBytes, attributes, jobs, settings.directIo);
+        WriteFile(temporary, headBytes, attributes, jobs, settings.directIo, settings.deferSync);
         Commit(temporary, path);
     } catch (const std::exception& e) {
         RemoveQuietly(temporary);

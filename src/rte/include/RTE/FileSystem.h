@@ -48,6 +48,10 @@ public:
     // A hint that the file will grow to about `bytes`: the file system may set aside room for it
     // in large extents. Room not used is given back at Close. The default does nothing.
     virtual void Reserve(std::uint64_t bytes);
+    // For a writer of many files that makes them durable all at once with FileSystem::SyncFolder:
+    // Close of this WriteMode::Direct file then does not wait for the disk. The default does
+    // nothing (a buffered file never waits at Close).
+    virtual void DeferSync();
 };
 
 // A file open for reading at any offset, without a buffer of its own: a read goes straight into

@@ -99,8 +99,8 @@ public:
     void Close();
     int GetLastError() const;
     // Whether buffer files are written with direct I/O, around the page cache (off by default).
-    // For recordings: a file so written is durable on disk when its store returns, except for its
-    // name, which RTE::FileSystem::SyncFolder of the set folder makes durable for all files at once.
+    // For recordings: the files so written are made durable all at once, names included, by
+    // RTE::FileSystem::SyncFolder of the set folder (SetWriter::Close does it), not one by one.
     // The files are the same either way. May be changed at any time; a store under way keeps the
     // mode it started with.
     void SetDirectIo(bool direct) { m_directIo = direct; }
