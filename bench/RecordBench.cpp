@@ -8,20 +8,29 @@
 // the better of the two ways a simple program could do it. Both sides run in the same rounds,
 // interleaved, and their medians are compared. A third figure, "StreamsOnly", writes the same
 // images through one C_ImageWriter with direct I/O per camera, one thread each, without queue and
-// buffer stream writer: it tells the cost of the stream format (checksums, record headers) from
-// that of the layers above it.
+// buffer stream writer: it tells the cost of the stream format (record headers) from that of the
+// layers above it. A fourth, "SetWriter", records the same buffers into a plain set (one buffer
+// file per image, unpacked, direct I/O, folder synced at Close) with a SetWriter of two threads
+// and the same queue size, in the same rounds and against the same plain writer.
 //
 // Also measured: the CPU time (user + system of the whole process, getrusage) per GB recorded,
 // against memcpy of the same bytes; and the peak resident memory of a run ten times longer than
-// the queue, with a producer that makes a fresh buffer per image faster than the disk takes them,
-// against the queue's budget (queue size x buffer bytes) plus 32 MiB.
+// the queue, for both writers, with a producer that makes a fresh buffer per image faster than
+// the disk takes them. What may be in memory at the peak is spelled out: the images in the queue,
+// those being written (the stream writer's worker has taken its image out of the queue; a
+// SetWriter thread keeps its queue place until its image is written), the one in the producer's
+// hand while it waits for a place, and the blocks the plane memory cache keeps for reuse. The rise
+// is compared with the queue's budget (queue size x buffer bytes) plus 32 MiB and with the budget
+// of two images more plus 32 MiB.
 //
 // Files go beside the build (a temp folder may be in memory) and are removed after each run.
 // Options: --rounds=N (default 5), --gb=X (bytes per run, default 2), --quick (1 round, 0.5 GB),
-// --only=<configuration> (e.g. 1x2560x2160), --no-memory (skip the peak memory runs), --memory-only.
+// --only=<configuration> (e.g. 1x2560x2160), --no-memory (skip the peak memory runs), --memory-only
+// (with --only and --writer=stream|set: one peak memory run, as the main program starts them).
 
 #include "support/RatioReporter.h"
 
+#include <SetApi/factory/SetWriter.h>
 #include <SetApi/stream/StreamSetWriter.h>
 
 #include <StreamIO/ImageWriter.h>
@@ -162,6 +171,34 @@ Run Record(const std::string& name, const std::vector<std::shared_ptr<const Buff
     return run;
 }
 
+// The same recording into a plain set through a SetWriter: one unpacked buffer file per image,
+// written by the writer's threads with direct I/O; Close returns when the files and their names
+// are durable. The time ends there: the destructor only repeats Close.
+Run RecordSetWriter(const std::string& name, const std::vector<std::shared_ptr<const BufferApi::I_Buffer>>& pool,
+                    unsigned images, unsigned queueSize, unsigned threads)
+{
+    RemoveRecording(name);
+    const double cpu = CpuSeconds();
+    const auto start = Clock::now();
+    Run run;
+    {
+        SetApi::SetWriter writer(queueSize, threads);
+        writer.Create(QString::fromStdString(name), BufferApi::BUFFER_PACK_NONE);
+        try {
+            for (unsigned image = 0; image < images; ++image)
+                writer.Store(pool[image % pool.size()], image);
+        } catch (const std::exception& e) {
+            std::printf("set writer refused a buffer: %s\n", e.what());
+        }
+        writer.Close();
+        run = Run{Seconds(start), CpuSeconds() - cpu};
+        if (writer.IsError())
+            std::printf("set writer failed: %s\n", writer.GetErrorText().c_str());
+    }
+    RemoveRecording(name);
+    return run;
+}
+
 // The plain writer: per camera one file and one thread, O_DIRECT pwrite of each plane, fdatasync.
 Run PlainWrite(const std::string& folder, const Config& config,
                const std::vector<std::shared_ptr<const BufferApi::I_Buffer>>& pool, unsigned images)
@@ -255,8 +292,24 @@ void Report(benchmark::State& state, const std::string& name, double bytes)
     state.SetBytesProcessed(std::int64_t(bytes) * std::int64_t(state.iterations()));
 }
 
+enum class Writer { Stream, Set };
+
+constexpr unsigned kSetWriterThreads = 2;
+
+const char* NameOf(Writer writer) { return writer == Writer::Stream ? "StreamSetWriter" : "SetWriter"; }
+
+// What the writers own at most at once, in images, besides the one in the producer's hand: the
+// stream writer's queue plus the image its worker has taken out of it; the SetWriter's queue
+// places only, since a thread gives its place back after its image is written.
+unsigned ImagesHeldByWriter(Writer writer, unsigned queueSize)
+{
+    return writer == Writer::Stream ? queueSize + 1 : queueSize;
+}
+
+double Mib(double bytes) { return bytes / double(1 << 20); }
+
 // Peak resident memory of a recording whose producer makes a fresh buffer per image.
-void MeasurePeakMemory(const std::string& folder, const Config& config, unsigned queueSize)
+void MeasurePeakMemory(const std::string& folder, const Config& config, unsigned queueSize, Writer kind)
 {
     const unsigned images = 10 * queueSize;
     const std::string name = folder + "/Memory" + config.name;
@@ -265,35 +318,76 @@ void MeasurePeakMemory(const std::string& folder, const Config& config, unsigned
     const std::uint64_t rssBefore = StatusKb("VmRSS");
     const bool reset = ResetPeakRss();
     bool waited = false;
-    std::size_t cacheMax = 0;
+    std::size_t cacheMax = 0, fillMax = 0;
     const auto start = Clock::now();
     {
-        SetApi::StreamSetWriter writer(queueSize);
-        writer.Create(QString::fromStdString(name), BufferApi::BUFFER_PACK_NONE);
-        for (unsigned image = 0; image < images; ++image) {
-            writer.Store(MakeBuffer(config, image), image);
-            cacheMax = std::max(cacheMax, BufferApi::GetPlaneMemoryCacheSize());
+        std::unique_ptr<SetApi::StreamSetWriter> stream;
+        std::unique_ptr<SetApi::SetWriter> plain;
+        SetApi::I_SetWriter* writer = nullptr;
+        if (kind == Writer::Stream)
+            writer = (stream = std::make_unique<SetApi::StreamSetWriter>(queueSize)).get();
+        else
+            writer = (plain = std::make_unique<SetApi::SetWriter>(queueSize, kSetWriterThreads)).get();
+        writer->Create(QString::fromStdString(name), BufferApi::BUFFER_PACK_NONE);
+        try {
+            for (unsigned image = 0; image < images; ++image) {
+                std::shared_ptr<const BufferApi::I_Buffer> buffer = MakeBuffer(config, image);
+                const std::size_t fill = writer->GetFillLevel();
+                fillMax = std::max(fillMax, fill);
+                // A SetWriter has no record of waits: a full queue now means this Store waits.
+                if (plain && fill >= queueSize)
+                    waited = true;
+                writer->Store(std::move(buffer), image);
+                cacheMax = std::max(cacheMax, BufferApi::GetPlaneMemoryCacheSize());
+            }
+        } catch (const std::exception& e) {
+            std::printf("%s refused a buffer: %s\n", NameOf(kind), e.what());
         }
-        writer.Close();
-        waited = writer.HasWaitedOnFullQueue();
-        if (writer.IsError())
-            std::printf("recording failed: %s\n", writer.GetErrorText().c_str());
+        if (stream) {
+            stream->Close();
+            waited = stream->HasWaitedOnFullQueue();
+            fillMax = stream->GetMaxQueueSize();
+        } else {
+            plain->Close();
+        }
+        if (writer->IsError())
+            std::printf("recording failed: %s\n", writer->GetErrorText().c_str());
     }
     const double seconds = Seconds(start);
     const std::uint64_t peak = StatusKb("VmHWM");
+    const std::size_t cacheAfter = BufferApi::GetPlaneMemoryCacheSize();
     RemoveRecording(name);
-    const double mib = 1.0 / 1024.0;
-    const double budget = double(queueSize) * double(config.ImageBytes()) / double(1 << 20) + 32.0;
-    const double rise = (double(peak) - double(rssBefore)) * mib;
-    std::printf("memory %-12s resident before %.1f MiB, peak %.1f MiB\n", config.name.c_str(), double(rssBefore) * mib,
-                double(peak) * mib);
-    std::printf("memory %-12s queue %2u x %6.1f MiB, %u images in %.2f s: peak RSS rise %.1f MiB, budget %.1f MiB "
-                "(queue + 32), %s budget; waited on full queue: %s; plane cache before %.1f MiB, largest seen %.1f "
-                "MiB%s\n",
-                config.name.c_str(), queueSize, double(config.ImageBytes()) / double(1 << 20), images, seconds, rise,
-                budget, rise <= budget ? "within" : "OVER", waited ? "yes" : "no",
-                double(cacheBefore) / double(1 << 20), double(cacheMax) / double(1 << 20),
+    const double image = Mib(double(config.ImageBytes()));
+    const double rise = (double(peak) - double(rssBefore)) / 1024.0;
+    const double queueBudget = double(queueSize) * image + 32.0;
+    const double widerBudget = double(queueSize + 2) * image + 32.0;
+    const unsigned held = ImagesHeldByWriter(kind, queueSize) + 1;
+    const char* label = config.name.c_str();
+    std::printf("memory %-15s %-12s queue %u x %.1f MiB, %u images in %.2f s, waited on full queue: %s, fullest "
+                "queue %zu; resident before %.1f MiB, peak %.1f MiB%s\n",
+                NameOf(kind), label, queueSize, image, images, seconds, waited ? "yes" : "no", fillMax,
+                double(rssBefore) / 1024.0, double(peak) / 1024.0,
                 reset ? "" : " (peak not reset: /proc/self/clear_refs refused)");
+    if (kind == Writer::Stream)
+        std::printf("memory %-15s %-12s at the peak: queue %u images (%.1f MiB) + 1 the worker writes, out of the "
+                    "queue (%.1f MiB) + 1 in the producer's hand while it waits (%.1f MiB) = %u images, %.1f MiB\n",
+                    NameOf(kind), label, queueSize, queueSize * image, image, image, held, held * image);
+    else
+        std::printf("memory %-15s %-12s at the peak: %u queue places (%.1f MiB), of which up to %u hold the images "
+                    "the threads write (a place is freed once its image is written) + 1 in the producer's hand "
+                    "while it waits (%.1f MiB) = %u images, %.1f MiB\n",
+                    NameOf(kind), label, queueSize, queueSize * image, kSetWriterThreads, image, held, held * image);
+    std::printf("memory %-15s %-12s plane memory cache: limit %.1f MiB, held %.1f MiB before, at most %.1f MiB "
+                "during, %.1f MiB after (counted in the resident size)\n",
+                NameOf(kind), label, Mib(double(BufferApi::GetPlaneMemoryCacheLimit())), Mib(double(cacheBefore)),
+                Mib(double(cacheMax)), Mib(double(cacheAfter)));
+    std::printf("memory %-15s %-12s peak RSS rise %.1f MiB: against queue budget + 32 MiB = %.1f MiB %s; against "
+                "(queue + 2 images) + 32 MiB = %.1f MiB %s; holds: %s\n",
+                NameOf(kind), label, rise, queueBudget, rise <= queueBudget ? "within" : "OVER", widerBudget,
+                rise <= widerBudget ? "within" : "OVER",
+                rise <= queueBudget   ? "both"
+                : rise <= widerBudget ? "(queue + 2 images) + 32 MiB only"
+                                      : "neither");
 }
 
 double ArgValue(int argc, char** argv, const char* key, double fallback)
@@ -347,9 +441,10 @@ int main(int argc, char** argv)
     // would be reused by the next and hide its peak.
     const std::vector<std::pair<std::size_t, unsigned>> memoryRuns = {{0, kQueue}, {2, 8}, {3, kQueue}};
     if (memoryOnly) {
+        const Writer kind = HasArg(argc, argv, "--writer=set") ? Writer::Set : Writer::Stream;
         for (const auto& run : memoryRuns)
             if (configs[run.first].name == only)
-                MeasurePeakMemory(folder, configs[run.first], run.second);
+                MeasurePeakMemory(folder, configs[run.first], run.second, kind);
         return 0;
     }
     for (const Config& config : configs) {
@@ -363,15 +458,21 @@ int main(int argc, char** argv)
         std::printf("%s: %u images, %.2f GB per run, %u rounds\n", config.name.c_str(), images, bytes / 1e9, rounds);
         std::fflush(stdout);
         const std::string record = "BM_Record" + config.name, plain = "BM_PlainDirect" + config.name,
-                          copy = "BM_Memcpy" + config.name, streams = "BM_StreamsOnly" + config.name;
-        bytesOf[record] = bytesOf[plain] = bytesOf[copy] = bytesOf[streams] = bytes;
+                          copy = "BM_Memcpy" + config.name, streams = "BM_StreamsOnly" + config.name,
+                          setWriter = "BM_SetWriter" + config.name;
+        bytesOf[record] = bytesOf[plain] = bytesOf[copy] = bytesOf[streams] = bytesOf[setWriter] = bytes;
         for (unsigned round = 0; round < rounds; ++round) {
-            for (int turn = 0; turn < 2; ++turn) {
-                const bool recordTurn = (turn == 0) == (round % 2 == 0);
-                const Run run = recordTurn ? Record(folder + "/Recording", pool, images, kQueue)
-                                           : PlainWrite(folder + "/Plain", config, pool, images);
-                seconds[recordTurn ? record : plain].push_back(run.seconds);
-                cpu[recordTurn ? record : plain].push_back(run.cpu);
+            // The two writers under test and the plain writer take turns, each round starting
+            // with the next one, so that none of them always finds the disk after the same one.
+            for (unsigned turn = 0; turn < 3; ++turn) {
+                const unsigned which = (round + turn) % 3;
+                const Run run = which == 0 ? Record(folder + "/Recording", pool, images, kQueue)
+                                : which == 1
+                                    ? RecordSetWriter(folder + "/PlainSet", pool, images, kQueue, kSetWriterThreads)
+                                    : PlainWrite(folder + "/Plain", config, pool, images);
+                const std::string& key = which == 0 ? record : which == 1 ? setWriter : plain;
+                seconds[key].push_back(run.seconds);
+                cpu[key].push_back(run.cpu);
             }
             const Run run = Copy(config, pool, images);
             seconds[copy].push_back(run.seconds);
@@ -379,8 +480,9 @@ int main(int argc, char** argv)
             const Run streamRun = StreamsOnly(folder + "/Streams", config, pool, images);
             seconds[streams].push_back(streamRun.seconds);
             cpu[streams].push_back(streamRun.cpu);
-            std::printf("  round %u: record %.3f s, plain %.3f s, streams only %.3f s\n", round + 1,
-                        seconds[record].back(), seconds[plain].back(), seconds[streams].back());
+            std::printf("  round %u: record %.3f s, set writer %.3f s, plain %.3f s, streams only %.3f s\n",
+                        round + 1, seconds[record].back(), seconds[setWriter].back(), seconds[plain].back(),
+                        seconds[streams].back());
             std::fflush(stdout);
         }
     }
@@ -397,11 +499,14 @@ int main(int argc, char** argv)
     }
     SetApiBench::RatioReporter reporter;
     benchmark::RunSpecifiedBenchmarks(&reporter);
-    std::printf("medians of %u interleaved rounds; goal: recording >= 0.95 of the plain direct writer (floor 0.9)\n",
-                rounds);
+    std::printf("medians of %u interleaved rounds; goal: recording >= 0.95 of the plain direct writer (floor 0.9); "
+                "set writer: %u threads, queue %u, unpacked\n",
+                rounds, kSetWriterThreads, kQueue);
     for (const Config& config : configs)
         if (only.empty() || config.name == only) {
             reporter.PrintRatio("BM_Record" + config.name + "/iterations:1/manual_time",
+                                "BM_PlainDirect" + config.name + "/iterations:1/manual_time");
+            reporter.PrintRatio("BM_SetWriter" + config.name + "/iterations:1/manual_time",
                                 "BM_PlainDirect" + config.name + "/iterations:1/manual_time");
             reporter.PrintRatio("BM_StreamsOnly" + config.name + "/iterations:1/manual_time",
                                 "BM_PlainDirect" + config.name + "/iterations:1/manual_time");
@@ -415,19 +520,24 @@ int main(int argc, char** argv)
         const double plain = Median(cpu["BM_PlainDirect" + config.name]) / bytes;
         const double copy = Median(cpu["BM_Memcpy" + config.name]) / bytes;
         const double streams = Median(cpu["BM_StreamsOnly" + config.name]) / bytes;
-        std::printf("cpu %-12s record %.3f s/GB, streams only %.3f s/GB, plain direct %.3f s/GB, memcpy %.3f s/GB: "
-                    "record = %.2f x memcpy, streams only = %.2f x memcpy\n",
-                    config.name.c_str(), record, streams, plain, copy, copy > 0 ? record / copy : 0.0,
-                    copy > 0 ? streams / copy : 0.0);
+        const double setWriter = Median(cpu["BM_SetWriter" + config.name]) / bytes;
+        std::printf("cpu %-12s record %.3f s/GB, set writer %.3f s/GB, streams only %.3f s/GB, plain direct %.3f "
+                    "s/GB, memcpy %.3f s/GB: record = %.2f x memcpy, set writer = %.2f x memcpy, streams only = %.2f "
+                    "x memcpy\n",
+                    config.name.c_str(), record, setWriter, streams, plain, copy, copy > 0 ? record / copy : 0.0,
+                    copy > 0 ? setWriter / copy : 0.0, copy > 0 ? streams / copy : 0.0);
     }
     if (!skipMemory) {
         std::printf("peak memory, producer making a fresh buffer per image; goal: rise <= queue budget + 32 MiB\n");
         std::fflush(stdout);
-        for (const auto& run : memoryRuns) {
-            const std::string command = "'" + self + "' --memory-only --only=" + configs[run.first].name;
-            if (std::system(command.c_str()) != 0)
-                std::printf("memory run failed: %s\n", command.c_str());
-        }
+        for (const auto& run : memoryRuns)
+            for (const char* writer : {"stream", "set"}) {
+                const std::string command =
+                    "'" + self + "' --memory-only --writer=" + writer + " --only=" + configs[run.first].name;
+                if (std::system(command.c_str()) != 0)
+                    std::printf("memory run failed: %s\n", command.c_str());
+                std::fflush(stdout);
+            }
     }
     benchmark::Shutdown();
     return 0;
