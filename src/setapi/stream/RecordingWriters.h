@@ -4,9 +4,10 @@
 // destination) and is then opened and fed image by image.
 //
 // The image, mask and scalar field writers share ImageStreamRecordingWriter, which opens the
-// component at the destination with direct I/O and forwards the appends. Their destructors close
-// nothing themselves: each component completes its stream in its own destructor. The attribute
-// writer opens its stream lazily with the first record and closes it in its destructor.
+// component at the destination with direct I/O and without pixel checksums, and forwards the
+// appends. Their destructors close nothing themselves: each component completes its stream in its
+// own destructor. The attribute writer opens its stream lazily with the first record and closes it
+// in its destructor.
 
 #include <SetApi/stream/MaskWriter.h>
 #include <SetApi/stream/ScalarFieldWriter.h>
@@ -61,8 +62,12 @@ public:
     void Open() override
     {
         // Recordings go past the page cache where the file system allows it; the component falls
-        // back to buffered writes elsewhere.
+        // back to buffered writes elsewhere. Their planes carry no pixel checksums: hashing every
+        // pixel would cost nearly a second copy of the image ahead of each write. Torn or missing
+        // records are still found by their record headers and the file size, and compressed
+        // planes keep the checksums of their packed chunks.
         m_component.SetDirectIo(true);
+        m_component.SetPixelChecksums(false);
         m_component.Open(m_destination);
     }
     void AppendFramesOfOneImage(const void* data) override { m_component.AppendFramesOfOneImage(data); }

@@ -4,7 +4,9 @@
 // it does not scan the stream, so a stream of 100 000 images opens as fast as one of 100. Every
 // length and offset read from a file is checked against the file before it is used, and nothing
 // is allocated because a file claims a size. A record that fails its checksum raises
-// RTE::Exception when it is loaded; the images before it stay readable.
+// RTE::Exception when it is loaded; the images before it stay readable. Streams written without
+// pixel checksums load their raw planes unchecked and count every record that lies wholly in the
+// file with a sound record header.
 
 #include <StreamIO/I_ImageFrameReader.h>
 

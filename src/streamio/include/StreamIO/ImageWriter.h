@@ -3,8 +3,8 @@
 // stream's data file "<destination>.ims" and read back by C_ImageReader. The layout is in
 // docs/formats/image-stream.md: raw records lie at computed offsets with their pixel data at
 // 4 KiB-aligned positions, compressed ones ("Zlib", "IMX") are found through an index; every
-// record carries its image index, its length and checksums, so that a record cut short by a
-// crash is recognised and not counted.
+// record carries its image index, its length and checksums (of the pixels too, unless switched
+// off), so that a record cut short by a crash is recognised and not counted.
 //
 // Order of calls: construct; read the three getters for the stream set's configuration; Open;
 // one Append per image; Close (or the destructor). Different writers may append from different
@@ -39,6 +39,13 @@ public:
     // elsewhere buffered writes that start writeback as they go and drop the written pages. Off by
     // default. Either way, Close returns when the stream is durable on disk.
     void SetDirectIo(bool on);
+    // Before Open: whether each plane carries an XXH3-64 of its stored bytes, which every load
+    // checks. On by default. Off, no pixel is hashed (the hash costs nearly a memcpy of the
+    // image), and the stream says so in its header: a reader then loads planes unchecked and
+    // counts the records whose sound header lies wholly in the file. Torn and missing records are
+    // still found (record header checksum, stream id, image index, file size); compressed planes
+    // keep the checksums of their packed chunks; a flipped raw pixel goes unnoticed.
+    void SetPixelChecksums(bool on);
     // Completes the stream: everything appended is in the files when Close returns. Further calls
     // do nothing. Raises RTE::FileWriteError when data could not be written.
     virtual void Close();

@@ -53,7 +53,9 @@ ImageStreamFile::ImageStreamFile(const std::string& dataPath, const std::string&
         CountCompressed();
 
     // The last records must hold their pixel data too: a header may have reached the disk before
-    // the planes behind it.
+    // the planes behind it. A stream without pixel checksums relies on its appends being
+    // sequential instead (a record that lies wholly in the file was written wholly), and only the
+    // last records' headers are checked.
     for (unsigned check = 0; check < kTailChecks && m_count > 0; ++check) {
         if (RecordIntact(m_count - 1))
             break;
@@ -208,6 +210,8 @@ bool ImageStreamFile::RecordIntact(std::uint64_t image)
     Format::IndexEntry span;
     if (Locate(image, span) != nullptr || ReadRecordHeader(image, span) != nullptr)
         return false;
+    if (!m_header.HasPixelChecksums())
+        return true;
     std::uint64_t offset = span.offset + m_layout.recordHeaderBytes;
     for (std::uint32_t p = 0; p < m_layout.planes; ++p) {
         const std::uint64_t stored = Format::StoredBytesOf(m_record.data(), p);
@@ -243,30 +247,34 @@ std::uint64_t ImageStreamFile::StoredBytes(std::uint32_t plane) const
 
 void ImageStreamFile::ReadPlane(std::uint32_t plane, void* dst)
 {
-    switch (ReadHashed(m_planeOffsets[plane], static_cast<std::uint8_t*>(dst), StoredBytes(plane),
-                       Format::ChecksumOf(m_record.data(), plane))) {
+    const std::uint64_t checksum = Format::ChecksumOf(m_record.data(), plane);
+    switch (ReadStored(m_planeOffsets[plane], static_cast<std::uint8_t*>(dst), StoredBytes(plane),
+                       m_header.HasPixelChecksums() ? &checksum : nullptr)) {
     case ReadResult::Ok: return;
     case ReadResult::Short: FailPlane(plane, QStringLiteral("the file ends inside its pixel data"));
     case ReadResult::Mismatch: FailPlane(plane, QStringLiteral("its pixel data is damaged (checksum mismatch)"));
     }
 }
 
-ImageStreamFile::ReadResult ImageStreamFile::ReadHashed(std::uint64_t offset, std::uint8_t* dst, std::uint64_t bytes,
-                                                        std::uint64_t checksum)
+ImageStreamFile::ReadResult ImageStreamFile::ReadStored(std::uint64_t offset, std::uint8_t* dst, std::uint64_t bytes,
+                                                        const std::uint64_t* checksum)
 {
-    XXH3_state_t* const hash = m_hash.get();
-    XXH3_64bits_reset(hash);
-    if (m_data->IsDirect()) {
-        // One read of the whole blocks (and one buffered read of the rest): the disk is the limit.
+    XXH3_state_t* const hash = checksum ? m_hash.get() : nullptr;
+    if (hash)
+        XXH3_64bits_reset(hash);
+    if (m_data->IsDirect() || !hash) {
+        // One read of the whole blocks (direct I/O takes them past the page cache) and one of the
+        // rest: the disk is the limit, and without a checksum there is nothing to keep in cache.
         const std::uint64_t body = bytes / kBlockBytes * kBlockBytes;
         for (const auto& [from, size] : {std::pair<std::uint64_t, std::uint64_t>{0, body}, {body, bytes - body}}) {
             if (size == 0)
                 continue;
             if (!ReadFully(*m_data, offset + from, dst + from, size))
                 return ReadResult::Short;
-            XXH3_64bits_update(hash, dst + from, std::size_t(size));
+            if (hash)
+                XXH3_64bits_update(hash, dst + from, std::size_t(size));
         }
-        return XXH3_64bits_digest(hash) == checksum ? ReadResult::Ok : ReadResult::Mismatch;
+        return !hash || XXH3_64bits_digest(hash) == *checksum ? ReadResult::Ok : ReadResult::Mismatch;
     }
 
     // From the page cache: pieces small enough to stay in the processor's cache between the copy
@@ -278,7 +286,7 @@ ImageStreamFile::ReadResult ImageStreamFile::ReadHashed(std::uint64_t offset, st
         XXH3_64bits_update(hash, dst + done, std::size_t(piece));
         done += piece;
     }
-    return XXH3_64bits_digest(hash) == checksum ? ReadResult::Ok : ReadResult::Mismatch;
+    return XXH3_64bits_digest(hash) == *checksum ? ReadResult::Ok : ReadResult::Mismatch;
 }
 
 ImageStreamFile::ReadResult ImageStreamFile::VerifyHashed(std::uint64_t offset, std::uint64_t bytes,

@@ -2,7 +2,8 @@
 // The files of one image stream opened for reading: finds how many complete records the stream
 // holds without scanning it, and reads a record's planes with their checksums checked. Knows
 // nothing of element types beyond the header; C_ImageReader unpacks and converts. Used by one
-// thread at a time.
+// thread at a time. A stream whose header says its planes carry no checksums is read alike, but
+// its planes are not hashed and opening checks only the last records' headers, not their pixels.
 //
 // Opening: the stream header is read and checked. For a raw stream the file size bounds the
 // number of records; when the last record's header is not sound (a tail of zeros that a file
@@ -33,7 +34,7 @@ namespace Private {
 
 class ImageStreamFile {
 public:
-    // Records at the end checked for their pixel data at opening.
+    // Records at the end checked for their pixel data at opening (streams with pixel checksums).
     static constexpr unsigned kTailChecks = 4;
 
     // Raises RTE::Exception naming the file when the stream cannot be read at all: no data file,
@@ -61,7 +62,7 @@ public:
     // packed plane (at most Layout::maxStoredBytes) for a compressed one.
     std::uint64_t StoredBytes(std::uint32_t plane) const;
     // Reads a plane of the selected record into dst (StoredBytes(plane) bytes) and checks its
-    // checksum. Raises RTE::Exception naming the file, the image and the plane.
+    // checksum, if the stream has pixel checksums. Raises RTE::Exception naming the file, the image and the plane.
     void ReadPlane(std::uint32_t plane, void* dst);
     // Raises RTE::Exception about a plane of the selected record, in the words of ReadPlane.
     [[noreturn]] void FailPlane(std::uint32_t plane, const QString& what) const;
@@ -84,8 +85,8 @@ private:
     template <class Test>
     std::uint64_t LastSound(std::uint64_t known, Test sound);
     bool ReadFully(RTE::I_ReadableFile& file, std::uint64_t offset, void* dst, std::uint64_t bytes);
-    // Reads bytes into dst, hashing them as they arrive.
-    ReadResult ReadHashed(std::uint64_t offset, std::uint8_t* dst, std::uint64_t bytes, std::uint64_t checksum);
+    // Reads bytes into dst; with a checksum, hashing them as they arrive and comparing.
+    ReadResult ReadStored(std::uint64_t offset, std::uint8_t* dst, std::uint64_t bytes, const std::uint64_t* checksum);
     // Checks the checksum of bytes at offset through a small scratch block.
     ReadResult VerifyHashed(std::uint64_t offset, std::uint64_t bytes, std::uint64_t checksum);
     [[noreturn]] void FailRecord(std::uint64_t image, const char* fault) const;

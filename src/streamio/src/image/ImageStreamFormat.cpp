@@ -94,6 +94,7 @@ void EncodeStreamHeader(const StreamHeader& h, std::uint8_t* out)
     out[36] = std::uint8_t(h.elementType);
     out[37] = std::uint8_t(ElementSize(unsigned(h.elementType)));
     out[38] = std::uint8_t(h.codec);
+    out[39] = h.flags;
     StoreLE(h.recordHeaderBytes, out + 40, 4);
     StoreLE(h.planeBytes, out + 48, 8);
     StoreLE(h.recordBytes, out + 56, 8);
@@ -144,6 +145,11 @@ std::string DecodeStreamHeader(const std::uint8_t* in, std::size_t bytes, Stream
     h.codec = PlaneCodec(in[38]);
     if (h.elementType == ElementType::Mask && h.codec != PlaneCodec::Raw)
         return "has an invalid header: a compressed mask stream";
+    h.flags = in[39];
+    if (const unsigned unknown = h.flags & ~unsigned(kKnownFlags)) {
+        static const char kHex[] = "0123456789ABCDEF";
+        return std::string("has an invalid header: unknown flags 0x") + kHex[unknown >> 4] + kHex[unknown & 15];
+    }
     h.recordHeaderBytes = U32(in + 40);
     h.planeBytes = U64(in + 48);
     h.recordBytes = U64(in + 56);

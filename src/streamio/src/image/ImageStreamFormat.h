@@ -18,7 +18,15 @@ namespace ImageStream {
 using BufferApi::Private::PlaneCodec;
 
 constexpr std::uint16_t kMajorVersion = 1;
+// Streams with pixel checksums are written as 1.0, the version that has no flags; a stream
+// without them as 1.1, the first version whose readers know the flag.
 constexpr std::uint16_t kMinorVersion = 0;
+constexpr std::uint16_t kMinorVersionWithFlags = 1;
+
+// Bits of the stream header's flags byte. A reader refuses a header with any other bit set: a
+// flag changes what the records mean.
+constexpr std::uint8_t kFlagNoPixelChecksums = 0x01; // plane entries carry checksum 0, never checked
+constexpr std::uint8_t kKnownFlags = kFlagNoPixelChecksums;
 
 // Every block of the data file starts and ends on this boundary.
 constexpr std::uint64_t kBlockBytes = 4096;
@@ -51,12 +59,15 @@ struct StreamHeader {
     std::uint32_t framesPerImage = 0;
     ElementType elementType = ElementType::Word;
     PlaneCodec codec = PlaneCodec::Raw;
+    std::uint8_t flags = 0;
     std::uint64_t streamId = 0;
 
     // Derived from the fields above (Layout), stored for a reader to check against.
     std::uint32_t recordHeaderBytes = 0;
     std::uint64_t planeBytes = 0;
     std::uint64_t recordBytes = 0; // raw streams; 0 for compressed ones
+
+    bool HasPixelChecksums() const { return (flags & kFlagNoPixelChecksums) == 0; }
 };
 
 // Sizes that follow from width, height, depth, frames per image, element type and codec.

@@ -61,6 +61,7 @@ struct C_ImageWriter::State {
     std::unique_ptr<RTE::I_WritableFile> data;
     std::unique_ptr<RTE::I_WritableFile> index;
     bool directIo = false;
+    bool pixelChecksums = true;
     bool open = false;
     bool closed = false;
     bool failed = false; // a write failed; the files end in a partial record
@@ -133,6 +134,8 @@ void C_ImageWriter::Open(const QString& destination)
     s.dataPath = Private::ImageStream::DataPath(destination);
     s.indexPath = Private::ImageStream::IndexPath(destination);
     s.header.streamId = NewStreamId();
+    s.header.flags = s.pixelChecksums ? 0 : Format::kFlagNoPixelChecksums;
+    s.header.minor = s.pixelChecksums ? Format::kMinorVersion : Format::kMinorVersionWithFlags;
 
     s.recordHeader = AllocateAligned(s.layout.recordHeaderBytes, true);
     s.zeros = AllocateAligned(Format::kBlockBytes, true);
@@ -174,6 +177,13 @@ void C_ImageWriter::SetDirectIo(bool on)
     State& s = *m_state;
     RTE_VERIFY(!s.open && !s.closed, "Direct I/O of an image stream is chosen before Open");
     s.directIo = on;
+}
+
+void C_ImageWriter::SetPixelChecksums(bool on)
+{
+    State& s = *m_state;
+    RTE_VERIFY(!s.open && !s.closed, "Pixel checksums of an image stream are chosen before Open");
+    s.pixelChecksums = on;
 }
 
 void C_ImageWriter::Close()
@@ -250,7 +260,7 @@ void C_ImageWriter::State::Append(const void* const* planes)
             bytes = packs[p].data();
             stored = packs[p].size();
         }
-        Format::PutPlaneEntry(block, p, stored, XXH3_64bits(bytes, stored));
+        Format::PutPlaneEntry(block, p, stored, pixelChecksums ? XXH3_64bits(bytes, stored) : 0);
     }
     Format::RecordHeader record;
     record.streamId = header.streamId;
