@@ -31,7 +31,7 @@ class SETAPI_API StreamSetConfiguration : public I_StreamSetConfigurationWriter 
 public:
     // The prefix of frame streams: 1 "Frame" from index 0, 2 "Mask" from 0, 3 "ScalarField" from
     // 0, any other value "Camera" from index 1.
-    enum FrameWriterContext { Camera = 0, Frame = 1, Mask = 2, ScalarField = 3 };
+    enum FrameWriterContext : int { Camera = 0, Frame = 1, Mask = 2, ScalarField = 3 };
 
     StreamSetConfiguration();
     ~StreamSetConfiguration() override;
