@@ -17,6 +17,7 @@
 #include <cstring>
 #include <memory>
 #include <string>
+#include <algorithm>
 #include <utility>
 #include <vector>
 
@@ -155,6 +156,40 @@ TEST(DirectWriteTest, WholeBlocksAreInTheFileWhenAppendReturns)
     EXPECT_TRUE(TestSupport::ReadFile(path) == content.substr(0, 3 * kBlock));
     file->Close();
     EXPECT_TRUE(TestSupport::ReadFile(path) == content);
+}
+
+TEST(DirectWriteTest, ASmallAlignedRunWaitsForTheRecordBehindIt)
+{
+    // A record's header block goes to the disk together with the planes behind it; a record
+    // whose plane tail is partial still ends up whole once its padding completes the block.
+    TestSupport::TempDir dir;
+    const std::string path = dir / "f.bin";
+    const std::size_t plane = 5 * kBlock + 300, record = kBlock + 6 * kBlock;
+    const std::string content = Content(2 * record);
+    const Placed memory(content, 0);
+    const std::string zeros(kBlock, '\0');
+    const Placed padding(zeros, 0);
+    auto file = FileSystem::OpenForWriting(path, WriteMode::Direct);
+    for (std::size_t r = 0; r < 2; ++r) {
+        const char* at = memory.data() + r * record;
+        file->Append(at, kBlock); // the header block
+        EXPECT_EQ(TestSupport::ReadFile(path).size(), r * record);
+        file->Append(at + kBlock, plane);
+        file->Append(padding.data(), record - kBlock - plane);
+        EXPECT_EQ(TestSupport::ReadFile(path).size(), (r + 1) * record);
+    }
+    file->Close();
+    std::string expected = content;
+    for (std::size_t r = 0; r < 2; ++r)
+        std::fill_n(expected.begin() + std::ptrdiff_t(r * record + kBlock + plane), record - kBlock - plane, '\0');
+    EXPECT_TRUE(TestSupport::ReadFile(path) == expected);
+
+    // A run that is never followed goes out at Close.
+    const std::string alone = dir / "g.bin";
+    auto single = FileSystem::OpenForWriting(alone, WriteMode::Direct);
+    single->Append(memory.data(), 2 * kBlock);
+    single->Close();
+    EXPECT_TRUE(TestSupport::ReadFile(alone) == content.substr(0, 2 * kBlock));
 }
 
 TEST(DirectWriteTest, ReservedRoomIsInvisibleWhileWritingAndGivenBackAtClose)

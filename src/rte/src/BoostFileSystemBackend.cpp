@@ -19,6 +19,7 @@
 #include <dirent.h>
 #include <fcntl.h>
 #include <sys/stat.h>
+#include <sys/uio.h>
 #include <unistd.h>
 #endif
 #if defined(_WIN32)
@@ -294,6 +295,10 @@ public:
     // Buffered writes: writeback is started for every this many bytes, and the piece before it
     // is waited for and dropped from the page cache, so dirty pages stay few and the cache clean.
     static constexpr std::uint64_t kWritebackBytes = std::uint64_t(8) << 20;
+    // A run of whole aligned blocks up to this size (the header block of a record) waits in the
+    // stage for the large aligned append behind it: both go to the disk in one gathered write,
+    // which for images of a few MB saves a system call and a size update per image.
+    static constexpr std::size_t kGatherBytes = std::size_t(64) << 10;
 
     DirectWritableFile(int descriptor, bool direct, std::string path)
         : m_descriptor(descriptor), m_direct(direct), m_path(std::move(path))
@@ -317,6 +322,13 @@ public:
             RTE_THROW_MSG(FileWriteError,
                           "Write '" << Printable(m_path) << "' failed: an earlier write to the file failed");
         const auto* bytes = static_cast<const char*>(data);
+        const bool aligned = reinterpret_cast<std::uintptr_t>(bytes) % kBlock == 0;
+        if (m_direct && aligned && size > 0 && size % kBlock == 0 && size <= kGatherBytes && m_staged % kBlock == 0 &&
+            m_staged + size <= kStageBytes) {
+            std::memcpy(Stage() + m_staged, bytes, size);
+            m_staged += size;
+            return;
+        }
         while (size > 0) {
             if (!m_direct) {
                 FlushStage();
@@ -325,9 +337,12 @@ public:
             }
             const bool blockBoundary = m_staged % kBlock == 0;
             if (blockBoundary && size >= kBlock && reinterpret_cast<std::uintptr_t>(bytes) % kBlock == 0) {
-                FlushStage();
                 const std::size_t whole = size - size % kBlock;
-                WriteDirect(bytes, whole); // or buffered, where the file system refused
+                if (m_staged > 0) {
+                    WriteGathered(bytes, whole);
+                } else {
+                    WriteDirect(bytes, whole); // or buffered, where the file system refused
+                }
                 bytes += whole;
                 size -= whole;
                 continue;
@@ -345,7 +360,9 @@ public:
         }
         // Whole blocks do not wait in the stage: what a caller appended up to a block boundary is
         // in the file when Append returns, as it would be with buffered writing, so that a
-        // process that dies leaves every complete record of a block-structured file behind.
+        // process that dies leaves every complete record of a block-structured file behind. (A
+        // small aligned run, above, waits for what follows it: a record's header block is no
+        // use without its planes.)
         if (m_direct)
             FlushStage();
     }
@@ -495,6 +512,39 @@ private:
                 Broken(ENOSPC);
             }
         }
+    }
+
+    // Writes the stage (whole blocks) and then `size` bytes of whole aligned blocks from `bytes`
+    // with one system call. A refusal or a failure takes the way of one write at a time, which
+    // knows how to handle it; a short write goes on from where it stopped.
+    void WriteGathered(const char* bytes, std::size_t size)
+    {
+        ::iovec parts[2] = {{m_stage.get(), m_staged}, {const_cast<char*>(bytes), size}};
+        ::ssize_t put;
+        do {
+            put = ::pwritev(m_descriptor, parts, 2, off_t(m_written));
+        } while (put < 0 && errno == EINTR);
+        if (put < 0) {
+            FlushStage();
+            WriteDirect(bytes, size);
+            return;
+        }
+        m_written += std::uint64_t(put);
+        if (m_written % kBlock != 0) {
+            m_staged = 0;
+            Broken(ENOSPC);
+        }
+        if (std::size_t(put) >= m_staged) {
+            const std::size_t done = std::size_t(put) - m_staged;
+            m_staged = 0;
+            if (done < size)
+                WriteDirect(bytes + done, size - done);
+            return;
+        }
+        std::memmove(m_stage.get(), m_stage.get() + put, m_staged - std::size_t(put));
+        m_staged -= std::size_t(put);
+        FlushStage();
+        WriteDirect(bytes, size);
     }
 
     void WriteBuffered(const char* bytes, std::size_t size)
