@@ -37,17 +37,6 @@ void VerifyStorable(SetWriter& writer, bool hasBuffer)
     RTE_VERIFY(hasBuffer, "Buffer must be valid");
 }
 
-// A copy of the caller's buffer in a buffer of the writer's own: every frame and the buffer
-// attributes.
-std::shared_ptr<const BufferApi::I_Buffer> CopyOf(const BufferApi::I_Buffer& source)
-{
-    std::shared_ptr<BufferApi::I_Buffer> copy(BufferApi::CreateBuffer());
-    for (unsigned frame = 0; frame < source.GetNumberOfFrames(); ++frame)
-        copy->AddFrame(source.GetFrame(frame)->Clone());
-    copy->GetAttributeStore() = source.GetAttributeStore();
-    return copy;
-}
-
 } // namespace
 
 SetWriter::SetWriter(unsigned queueSize, unsigned threadCount)
@@ -109,7 +98,7 @@ void SetWriter::Store(BufferApi::I_Buffer* buffer, unsigned index)
     }
     // Checked before the copy as well, so that a writer that cannot store copies nothing.
     VerifyStorable(*this, true);
-    Store(CopyOf(*buffer), index);
+    Store(std::shared_ptr<const BufferApi::I_Buffer>(BufferApi::CreateBufferCopy(*buffer)), index);
 }
 
 void SetWriter::Store(std::shared_ptr<const BufferApi::I_Buffer> buffer, unsigned index)

@@ -203,11 +203,7 @@ void StreamSetWriter::Store(BufferApi::I_Buffer* buffer, unsigned index)
 {
     RTE_VERIFY(buffer != nullptr, "Buffer must not be empty");
     // The caller keeps its buffer and may reuse it at once: the queue gets a copy.
-    std::shared_ptr<BufferApi::I_Buffer> copy(BufferApi::CreateBuffer());
-    for (unsigned f = 0; f < buffer->GetNumberOfFrames(); ++f)
-        copy->AddFrame(static_cast<const BufferApi::I_Buffer*>(buffer)->GetFrame(f)->Clone());
-    copy->GetAttributeStore() = buffer->GetAttributeStore();
-    Store(std::shared_ptr<const BufferApi::I_Buffer>(std::move(copy)), index);
+    Store(std::shared_ptr<const BufferApi::I_Buffer>(BufferApi::CreateBufferCopy(*buffer)), index);
 }
 
 void StreamSetWriter::Abort() { m_state->SetAndSignalNotEmpty(m_state->abort, true); }

@@ -49,21 +49,26 @@ TEST(BufferTest, IsVectorBufferFollowsFrameZero)
     EXPECT_FALSE(buffer->IsVectorBuffer());
 }
 
-TEST(BufferTest, CloneIsDeep)
+TEST(BufferTest, CloneAndCreateBufferCopyAreDeep)
 {
-    std::unique_ptr<I_Buffer> buffer(CreateBuffer());
-    buffer->GetAttributeStore().SetString("Run", "1");
-    I_Frame* frame = buffer->AddFrame(std::unique_ptr<I_Frame>(CreateImageFrame(DATATYPE_DOUBLE, 3, 3, 1)));
-    dynamic_cast<I_Plane<double>&>(*frame->GetComponent("PIXEL")->GetPlane(0))(1, 1) = 2.5;
+    // Clone copies within the buffer's own class; CreateBufferCopy copies any buffer into one of
+    // the library's own (what a writer that queues a caller's buffer needs).
+    for (bool viaCreate : {false, true}) {
+        SCOPED_TRACE(viaCreate ? "CreateBufferCopy" : "Clone");
+        std::unique_ptr<I_Buffer> buffer(CreateBuffer());
+        buffer->GetAttributeStore().SetString("Run", "1");
+        I_Frame* frame = buffer->AddFrame(std::unique_ptr<I_Frame>(CreateImageFrame(DATATYPE_DOUBLE, 3, 3, 1)));
+        dynamic_cast<I_Plane<double>&>(*frame->GetComponent("PIXEL")->GetPlane(0))(1, 1) = 2.5;
 
-    std::unique_ptr<I_Buffer> clone = buffer->Clone();
-    ASSERT_EQ(clone->GetNumberOfFrames(), 1u);
-    EXPECT_NE(clone->GetFrame(0), frame);
-    dynamic_cast<I_Plane<double>&>(*frame->GetComponent("PIXEL")->GetPlane(0))(1, 1) = 0;
-    buffer->GetAttributeStore().SetString("Run", "2");
-    buffer->RemoveFrame(0);
-    EXPECT_EQ(dynamic_cast<const I_Plane<double>&>(*clone->GetFrame(0)->GetComponent("PIXEL")->GetPlane(0))(1, 1),
-              2.5);
-    ASSERT_NE(clone->GetAttributeStore().Find("Run"), nullptr);
-    EXPECT_EQ(dynamic_cast<const I_AttributeString*>(clone->GetAttributeStore().Find("Run"))->GetValue(), "1");
+        std::unique_ptr<I_Buffer> clone(viaCreate ? CreateBufferCopy(*buffer) : buffer->Clone().release());
+        ASSERT_EQ(clone->GetNumberOfFrames(), 1u);
+        EXPECT_NE(clone->GetFrame(0), frame);
+        dynamic_cast<I_Plane<double>&>(*frame->GetComponent("PIXEL")->GetPlane(0))(1, 1) = 0;
+        buffer->GetAttributeStore().SetString("Run", "2");
+        buffer->RemoveFrame(0);
+        EXPECT_EQ(dynamic_cast<const I_Plane<double>&>(*clone->GetFrame(0)->GetComponent("PIXEL")->GetPlane(0))(1, 1),
+                  2.5);
+        ASSERT_NE(clone->GetAttributeStore().Find("Run"), nullptr);
+        EXPECT_EQ(dynamic_cast<const I_AttributeString*>(clone->GetAttributeStore().Find("Run"))->GetValue(), "1");
+    }
 }

@@ -13,6 +13,9 @@ namespace BufferApi {
 
 // New empty buffer.
 BUFFERAPI_API I_Buffer* CreateBuffer();
+// A deep copy of any buffer (frames and attributes) in a new buffer of this library's own, for
+// a caller that keeps the original and may change it at once.
+BUFFERAPI_API I_Buffer* CreateBufferCopy(const I_Buffer& source);
 // New image frame with a zero-filled pixel component of that size and type.
 BUFFERAPI_API I_FrameImage* CreateImageFrame(E_DataType type, unsigned width, unsigned height, unsigned depth);
 // New image frame whose pixel planes start with unspecified content, for a reader that writes

@@ -6,11 +6,22 @@
 #include "model/FrameFactory.h"
 #include "model/Plane.h"
 
+#include <memory>
+
 namespace BufferApi {
 
 I_Buffer* CreateBuffer()
 {
     return new Private::Buffer();
+}
+
+I_Buffer* CreateBufferCopy(const I_Buffer& source)
+{
+    std::unique_ptr<I_Buffer> copy(CreateBuffer());
+    for (unsigned frame = 0; frame < source.GetNumberOfFrames(); ++frame)
+        copy->AddFrame(source.GetFrame(frame)->Clone());
+    copy->GetAttributeStore() = source.GetAttributeStore();
+    return copy.release();
 }
 
 I_FrameImage* CreateImageFrame(E_DataType type, unsigned width, unsigned height, unsigned depth)
