@@ -164,4 +164,10 @@ void Fail(const char* what)
     std::abort();
 }
 
+void Fail(const char* what, const RTE::Exception& cause)
+{
+    std::fprintf(stderr, "setapi fuzz finding: %s: %s\n", what, cause.what());
+    std::abort();
+}
+
 } // namespace SetApiFuzz

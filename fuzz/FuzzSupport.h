@@ -70,6 +70,8 @@ void QuietLogging();
 
 // Stops the process with a message: for results that the readers guarantee and the input broke.
 [[noreturn]] void Fail(const char* what);
+// The same, naming the failure that broke the guarantee.
+[[noreturn]] void Fail(const char* what, const RTE::Exception& cause);
 
 // Runs f and lets the library's documented failures pass.
 template <class F>

@@ -28,8 +28,8 @@ void RunParameterTree(const std::uint8_t* data, std::size_t size)
         tree->Write(out);
         std::istringstream again(out.str());
         C_Tree::ReadNew(again, QStringLiteral("written"));
-    } catch (const RTE::Exception&) {
-        Fail("a tree that was read does not write and read back");
+    } catch (const RTE::Exception& failure) {
+        Fail("a tree that was read does not write and read back", failure);
     }
 }
 

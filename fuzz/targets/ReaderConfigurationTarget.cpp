@@ -55,8 +55,8 @@ void RunReaderConfiguration(const std::uint8_t* data, std::size_t size)
         QBuffer in(&written);
         in.open(QIODevice::ReadOnly);
         again = SetApi::Private::ReadReaderConfiguration(in);
-    } catch (const RTE::Exception&) {
-        Fail("a reader configuration that was read does not write and read back");
+    } catch (const RTE::Exception& failure) {
+        Fail("a reader configuration that was read does not write and read back", failure);
     }
     if (!SameEntries(configuration, again))
         Fail("a reader configuration changed on its way through write and read");

@@ -31,8 +31,8 @@ void RunSettingsDocument(const std::uint8_t* data, std::size_t size)
     try {
         Storage::Private::SettingsSerializer(document).SaveAs(copyPath);
         copy.Load();
-    } catch (const RTE::Exception&) {
-        Fail("a settings document that loaded does not save and load back");
+    } catch (const RTE::Exception& failure) {
+        Fail("a settings document that loaded does not save and load back", failure);
     }
     if (!Storage::AreEqual(document, copy))
         Fail("a settings document changed on its way through save and load");

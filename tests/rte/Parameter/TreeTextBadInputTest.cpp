@@ -75,6 +75,9 @@ TEST(ParameterTreeTextBadInput, MalformedTextsNameSourceLineAndProblem)
         {kHeader + "text \"\" value=\"1\"\nend\n", "bad.tree:2: a node in a category needs a name"},
         {kHeader + "text \"t\" access=3 value=\"1\"\nend\n", "bad.tree:2: access mode 3 is not 0, 1 or 2"},
         {kHeader + "text \"t\" editor=\"" + std::string(65, 'x') + "\" value=\"1\"\nend\n", "bad.tree:2: unusable editor name"},
+        // A NUL would cut the name the node keeps, so that it writes out as another editor.
+        {kHeader + "text \"t\" editor=\"LineEdit\\u0000x\" value=\"1\"\nend\n", "bad.tree:2: unusable editor name"},
+        {kHeader + std::string("text \"t\" editor=\"a\0b\" value=\"1\"\nend\n", 36), "bad.tree:2: unusable editor name"},
         {kHeader + "end\ntext \"t\" value=\"1\"\n", "bad.tree:3: content after 'end'"},
     };
     for (const Case& c : cases) {

@@ -18,6 +18,9 @@ const char* InternEditor(const QString& name, const char* kindDefault)
 {
     if (name.size() > kMaxEditorNameLength)
         return nullptr;
+    // Editors are C strings: a NUL would cut the name, which would then write out as another one.
+    if (name.contains(QChar(0)))
+        return nullptr;
     const std::string utf8 = name.toStdString();
     if (utf8 == kindDefault)
         return kindDefault;

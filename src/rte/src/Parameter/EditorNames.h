@@ -14,7 +14,7 @@ constexpr size_t kMaxUnknownEditorNames = 1024;
 
 // `kindDefault` is the default editor of the node's kind; it is returned when the name equals it,
 // so that a node read back compares equal to the constant it was made with. Returns null for a
-// name that is too long or when too many unknown names were seen.
+// name that is too long or holds a NUL character, or when too many unknown names were seen.
 const char* InternEditor(const QString& name, const char* kindDefault);
 
 } // namespace Private
