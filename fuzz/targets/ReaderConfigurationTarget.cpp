@@ -19,12 +19,27 @@ using SetApi::Private::C_ReaderInfo;
 
 namespace {
 
+// Equal up to what the format leaves out on purpose: the frame range of an entry that is not
+// associated to frames is not written (and reads as 0).
+bool SameEntry(const C_ReaderInfo& a, const C_ReaderInfo& b)
+{
+    const C_ContentPurpose& p = a.ContentPurpose;
+    const C_ContentPurpose& q = b.ContentPurpose;
+    const bool framesAgree =
+        p.IsAssociatedToFrames() ? (p.StartFrame() == q.StartFrame() && p.EndFrame() == q.EndFrame()) : true;
+    return a.Name == b.Name && a.Type == b.Type && a.FilePrefix == b.FilePrefix &&
+           a.FormatDescription == b.FormatDescription && p.IsAssociatedToFrames() == q.IsAssociatedToFrames() &&
+           p.IsAssociatedToEntireImage() == q.IsAssociatedToEntireImage() &&
+           p.IsAssociatedToAllImages() == q.IsAssociatedToAllImages() && framesAgree;
+}
+
 bool SameEntries(const C_ReaderConfiguration& a, const C_ReaderConfiguration& b)
 {
-    if (a.GetReaderCount() != b.GetReaderCount() || a.HasBeenRepaired() != b.HasBeenRepaired())
+    if (a.GetReaderCount() != b.GetReaderCount() || a.HasBeenRepaired() != b.HasBeenRepaired() ||
+        a.GetDetailsOfRepair() != b.GetDetailsOfRepair())
         return false;
     for (unsigned i = 0; i < a.GetReaderCount(); ++i)
-        if (a.GetReader(i) != b.GetReader(i))
+        if (!SameEntry(a.GetReader(i), b.GetReader(i)))
             return false;
     return true;
 }
