@@ -2,6 +2,7 @@
 
 #include <RTE/Logger.h>
 
+#include <cerrno>
 #include <csignal>
 #include <cstring>
 #include <filesystem>
