@@ -1,5 +1,5 @@
-// Storing one image: the check against the shape of the first image, the attribute records in the
-// calling thread, then the frames appended in a parallel loop.
+// Storing one image: the check against the shape of the first image, the frames appended in a
+// parallel loop, then the attribute records in the calling thread.
 
 #include <SetApi/stream/BufferStreamWriter.h>
 
@@ -132,22 +132,22 @@ void AppendFramesInParallel(Private::FrameTeam& team, unsigned frameCount, First
     });
 }
 
-// Writes the attribute records of the image, then its frames. The records go first because the
-// image count of a recording is that of its frame streams: an image counts only once its frames
-// are written, and by then its records are in their streams. A recording killed between the two
-// writes holds one record more than frames, which a reader passes over; the other way round it
-// would hold an attribute stream shorter than its frames, which a reader takes for damage and
-// leaves out, taking the attributes of every image with it. The records are plain writes that
-// reach the system at once, so a killed process leaves them in the file as surely as the frames
-// that follow. A failed record stops the image before its frames: its streams then end with the
-// images before it, one record more at most, and the caller learns of the failure.
-template <class WriteRecords, class AppendFrames>
-void WriteImage(const WriteRecords& writeRecords, const AppendFrames& appendFrames)
+// Writes the attribute records of the image, then raises the first failure of its frames. The
+// records are written also after a failed frame: the other frames of the image are in their
+// streams, and an attribute stream that ended before them would count as damaged.
+template <class WriteRecords>
+void FinishImage(const FirstFailure& frameFailure, const WriteRecords& writeRecords)
 {
-    writeRecords();
-    FirstFailure failure;
-    appendFrames(failure);
-    failure.Rethrow();
+    if (!frameFailure.HasFailed()) {
+        writeRecords();
+        return;
+    }
+    try {
+        writeRecords();
+    } catch (...) {
+        // Logged where it was raised; the frame's failure is the one the caller learns of.
+    }
+    frameFailure.Rethrow();
 }
 
 } // namespace
@@ -204,23 +204,22 @@ void BufferStreamWriter::Store(const BufferApi::I_Buffer* buffer)
 
     const unsigned frameCount = buffer->GetNumberOfFrames();
     const std::size_t fieldCount = m_scalarFieldWriters.size() / frameCount;
-    WriteImage(
-        [&] {
-            AttributeStream(m_attributeWriters.back()).WriteImage(buffer->GetAttributeStore());
-            for (unsigned i = 0; i < frameCount; ++i)
-                AttributeStream(m_attributeWriters[i]).WriteImage(buffer->GetFrame(i)->GetAttributeStore());
-        },
-        [&](FirstFailure& failure) {
-            AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
-                FrameStreams streams;
-                streams.image = &ImageStream(m_imageWriters[i]);
-                if (!m_maskWriters.empty())
-                    streams.mask = &ImageStream(m_maskWriters[i]);
-                for (std::size_t k = 0; k < fieldCount; ++k)
-                    streams.fields.push_back(&ImageStream(m_scalarFieldWriters[i * fieldCount + k]));
-                AppendFrame(*buffer->GetFrame(i), streams);
-            });
-        });
+    FirstFailure failure;
+    AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
+        FrameStreams streams;
+        streams.image = &ImageStream(m_imageWriters[i]);
+        if (!m_maskWriters.empty())
+            streams.mask = &ImageStream(m_maskWriters[i]);
+        for (std::size_t k = 0; k < fieldCount; ++k)
+            streams.fields.push_back(&ImageStream(m_scalarFieldWriters[i * fieldCount + k]));
+        AppendFrame(*buffer->GetFrame(i), streams);
+    });
+
+    FinishImage(failure, [&] {
+        AttributeStream(m_attributeWriters.back()).WriteImage(buffer->GetAttributeStore());
+        for (unsigned i = 0; i < frameCount; ++i)
+            AttributeStream(m_attributeWriters[i]).WriteImage(buffer->GetFrame(i)->GetAttributeStore());
+    });
 }
 
 void BufferStreamWriter::Store(const DataObjects::ImageBufferVariant& buffer)
@@ -237,23 +236,22 @@ void BufferStreamWriter::Store(const DataObjects::ImageBufferVariant& buffer)
 
     const unsigned frameCount = buffer.GetListSize();
     const std::size_t fieldCount = m_scalarFieldWriters.size() / frameCount;
-    WriteImage(
-        [&] {
-            AttributeStream(m_attributeWriters.back()).WriteImage(buffer.GetGlobalAttributes());
-            for (unsigned i = 0; i < frameCount; ++i)
-                AttributeStream(m_attributeWriters[i]).WriteImage(buffer.GetImageVolume(i).GetXYPlane(0).GetAttributes());
-        },
-        [&](FirstFailure& failure) {
-            AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
-                FrameStreams streams;
-                streams.image = &ImageStream(m_imageWriters[i]);
-                if (!m_maskWriters.empty())
-                    streams.mask = &ImageStream(m_maskWriters[i]);
-                for (std::size_t k = 0; k < fieldCount; ++k)
-                    streams.fields.push_back(&ImageStream(m_scalarFieldWriters[i * fieldCount + k]));
-                AppendFrame(buffer.GetImageVolume(i), &BufferStreamWriter::GetRawPointerFromImageDataVariant, streams);
-            });
-        });
+    FirstFailure failure;
+    AppendFramesInParallel(*m_frameTeam, frameCount, failure, [&](unsigned i) {
+        FrameStreams streams;
+        streams.image = &ImageStream(m_imageWriters[i]);
+        if (!m_maskWriters.empty())
+            streams.mask = &ImageStream(m_maskWriters[i]);
+        for (std::size_t k = 0; k < fieldCount; ++k)
+            streams.fields.push_back(&ImageStream(m_scalarFieldWriters[i * fieldCount + k]));
+        AppendFrame(buffer.GetImageVolume(i), &BufferStreamWriter::GetRawPointerFromImageDataVariant, streams);
+    });
+
+    FinishImage(failure, [&] {
+        AttributeStream(m_attributeWriters.back()).WriteImage(buffer.GetGlobalAttributes());
+        for (unsigned i = 0; i < frameCount; ++i)
+            AttributeStream(m_attributeWriters[i]).WriteImage(buffer.GetImageVolume(i).GetXYPlane(0).GetAttributes());
+    });
 }
 
 const void* BufferStreamWriter::GetRawPointerFromImageDataVariant(const DataObjects::ImageDataVariant& data)

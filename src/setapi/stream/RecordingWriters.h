@@ -124,9 +124,9 @@ private:
 // The attribute stream of one frame or of the buffer's global attributes: one record per image.
 class AttributeRecordingWriter : public I_RecordingWriter {
 public:
-    // Each image's record is written when the image is stored, before its frames: an image that
-    // counts in the frame streams has its attributes on disk, so a recording killed at any moment
-    // keeps them, and the reader's probe of the last image finds its record. A record is a
+    // Each image's record is written when the image is stored: an image whose Store has returned
+    // is complete on disk with its attributes, so a recording killed later keeps them, and the
+    // reader's probe of the last image (frame attributes written last) stays true. A record is a
     // few hundred bytes next to megabytes of pixels; batching would save nothing worth that.
     static constexpr unsigned RecordsPerBatch = 1;
 

@@ -178,8 +178,8 @@ void StreamSetReader::OpenAttributeReader(const C_ReaderInfo& info, const QStrin
         CreateReader<I_AttributeReader>(info, "Could not create attribute reader plugin: ");
     try {
         reader->Open(destination);
-        // An image's attribute records are written before its frames: a stream that cannot give
-        // those of the last image any camera holds ended early and counts as corrupt.
+        // Attributes are written last for each image: a stream that cannot give those of the last
+        // recorded image ended early and counts as corrupt.
         const std::uint32_t maxImageCount = m_corruptionStates.maxImageCount;
         const std::unique_ptr<BufferApi::I_Buffer> probe = CreateScratchBuffer(1);
         BufferApi::C_FrameAttributes sink(probe->GetFrame(0));

@@ -30,7 +30,6 @@
 #include <cstring>
 #include <functional>
 #include <memory>
-#include <mutex>
 #include <string>
 #include <vector>
 
@@ -311,10 +310,6 @@ private:
 class WatchingBackend : public RTE::I_FileSystemBackend {
 public:
     std::function<void(const std::string& path)> onOpenForWriting;
-    // Told after every write; with it set, writes run one at a time, so that it sees a state of
-    // the files that a process killed at that moment would leave.
-    std::function<void(const std::string& path)> onAppended;
-    std::mutex appendMutex;
     std::string failingPart;
     std::atomic<bool> failing{false};
 
@@ -369,14 +364,7 @@ void WatchedFile::Append(const void* data, std::size_t size)
 {
     if (m_backend.failing && m_path.find(m_backend.failingPart) != std::string::npos)
         RTE_THROW(RTE::FileWriteError, QString::fromStdString("Injected fault: Write " + m_path));
-    if (!m_backend.onAppended) {
-        m_file->Append(data, size);
-        return;
-    }
-    auto& backend = const_cast<WatchingBackend&>(m_backend);
-    std::lock_guard<std::mutex> lock(backend.appendMutex);
     m_file->Append(data, size);
-    backend.onAppended(m_path);
 }
 
 bool EndsWith(const std::string& text, const std::string& end)
@@ -831,50 +819,6 @@ TEST(BufferStreamWriter, AFailingFrameRaisesAfterTheOtherFramesAreWritten)
     ASSERT_EQ(set->GetSize(), 2u);
     for (unsigned i = 0; i < 2; ++i)
         ExpectImage(*MakeBuffer(shape, i), *set->LoadBuffer(i), shape);
-}
-
-// A recording killed while an image is being written keeps the attributes of every image it
-// offers. The files are copied after every single write of the third image, as a kill at that
-// moment would leave them, and each copy is opened: an attribute stream shorter than the frames
-// would be taken for damage and dropped, and with it the attributes of all images.
-TEST(BufferStreamWriter, AKillAtAnyWriteOfAnImageKeepsTheAttributesOfEveryImageOffered)
-{
-    TempDir dir;
-    const std::string name = dir / "Killed";
-    Shape shape;
-    // Planes above 64 KiB: smaller ones may wait in a direct file's stage for the next append.
-    shape.sizes = {{256, 160}, {192, 176}};
-    auto backend = std::make_shared<WatchingBackend>();
-    std::vector<std::string> copies;
-    {
-        RTE::ScopedFileSystemBackend installed(backend);
-        BufferStreamWriter writer(QString::fromStdString(name), I_Set::SET_TYPE_RECORDING, BufferApi::BUFFER_PACK_NONE);
-        writer.Store(MakeBuffer(shape, 0).get());
-        writer.Store(MakeBuffer(shape, 1).get());
-        backend->onAppended = [&](const std::string&) {
-            const std::string copy = dir / ("Copy" + std::to_string(copies.size()));
-            RTE::I_FileSystemBackend& files = backend->Target();
-            files.CreateDirectory(copy + "/Killed");
-            files.CopyFile(name + ".set", copy + "/Killed.set", false);
-            for (const std::string& file : files.ListFiles(name, false))
-                files.CopyFile(name + "/" + file, copy + "/Killed/" + file, false);
-            copies.push_back(copy + "/Killed");
-        };
-        writer.Store(MakeBuffer(shape, 2).get());
-        backend->onAppended = nullptr;
-    }
-    ASSERT_GE(copies.size(), 5u); // two image streams and three attribute streams at least
-    for (const std::string& copy : copies) {
-        SCOPED_TRACE(copy);
-        const std::shared_ptr<I_Set> set = OpenSet(copy);
-        ASSERT_TRUE(set->IsOpen());
-        const auto& states = SetApi::Private::CastToStreamSet(set)->GetCorruptionStates();
-        EXPECT_FALSE(states.globalAttributesCorrupt);
-        EXPECT_TRUE(states.corruptAttributeFrames.empty());
-        ASSERT_GE(set->GetSize(), 2u);
-        for (unsigned i = 0; i < set->GetSize(); ++i)
-            ExpectImage(*MakeBuffer(shape, i), *set->LoadBuffer(i), shape);
-    }
 }
 
 TEST(BufferStreamWriter, TheSetMustNotExistYet)

@@ -3,9 +3,7 @@
 // function of the two numbers, so that a process that reads a recording back can check every pixel
 // without having seen the writer. Shared by the crash test and the program it kills.
 
-#include <BufferApi/AttributeStore.h>
 #include <BufferApi/Creation.h>
-#include <BufferApi/I_Attribute.h>
 #include <BufferApi/I_Buffer.h>
 #include <BufferApi/I_Frame.h>
 #include <BufferApi/I_PlaneBase.h>
@@ -30,14 +28,7 @@ inline std::uint16_t CameraPixel(unsigned camera, unsigned image, unsigned x, un
     return static_cast<std::uint16_t>(v);
 }
 
-// The name each frame of image `image` carries in its attributes.
-inline std::string CameraName(unsigned camera, unsigned image)
-{
-    return "Camera " + std::to_string(camera) + " image " + std::to_string(image);
-}
-
-// One image of all cameras: one word frame per camera, each of its own size. The image carries its
-// index as the global attribute "ImageIndex", each frame its camera name.
+// One image of all cameras: one word frame per camera, each of its own size.
 inline std::unique_ptr<BufferApi::I_Buffer> MakeCameraImage(unsigned cameras, const unsigned* widths,
                                                             const unsigned* heights, unsigned image)
 {
@@ -49,32 +40,9 @@ inline std::unique_ptr<BufferApi::I_Buffer> MakeCameraImage(unsigned cameras, co
         for (unsigned y = 0; y < heights[c]; ++y)
             for (unsigned x = 0; x < widths[c]; ++x)
                 pixels[std::size_t(y) * widths[c] + x] = CameraPixel(c, image, x, y);
-        frame->GetAttributeStore().SetString("CameraName", CameraName(c, image));
         buffer->AddFrame(std::move(frame));
     }
-    const std::int32_t index = static_cast<std::int32_t>(image);
-    buffer->GetAttributeStore().SetArray("ImageIndex", 1, BufferApi::DATATYPE_INT32, &index);
     return buffer;
-}
-
-// Empty when `buffer` carries the attributes of image `image` of MakeCameraImage for its first
-// `cameras` frames; otherwise a description of the first difference.
-inline std::string CompareCameraAttributes(const BufferApi::I_Buffer& buffer, unsigned cameras, unsigned image)
-{
-    const std::string what = "image " + std::to_string(image) + ": ";
-    const auto* index =
-        dynamic_cast<const BufferApi::I_AttributePlane*>(buffer.GetAttributeStore().Find("ImageIndex"));
-    if (index == nullptr || index->GetDataType() != BufferApi::DATATYPE_INT32 || index->GetCount() != 1)
-        return what + "no ImageIndex";
-    if (*static_cast<const std::int32_t*>(index->GetData()) != static_cast<std::int32_t>(image))
-        return what + "ImageIndex " + std::to_string(*static_cast<const std::int32_t*>(index->GetData()));
-    for (unsigned c = 0; c < cameras && c < buffer.GetNumberOfFrames(); ++c) {
-        const auto* name =
-            dynamic_cast<const BufferApi::I_AttributeString*>(buffer.GetFrame(c)->GetAttributeStore().Find("CameraName"));
-        if (name == nullptr || name->GetValue() != CameraName(c, image))
-            return what + "camera " + std::to_string(c) + " without its CameraName";
-    }
-    return std::string();
 }
 
 // Empty when frame `camera` of `buffer` holds image `image` of that camera in its top left
