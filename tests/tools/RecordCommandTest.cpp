@@ -17,6 +17,8 @@
 #include <BufferApi/I_Frame.h>
 #include <BufferApi/I_PlaneBase.h>
 
+#include <RTE/FaultInjectingFileSystem.h>
+
 #include "support/TestSupport.h"
 
 #include <gtest/gtest.h>
@@ -254,6 +256,37 @@ TEST_P(RecordTest, InterruptKeepsThePartialRecording)
     if (partial->IsOpen()) {
         EXPECT_LE(partial->GetSize(), 5u);
     }
+}
+
+// The disk fills up after a few images: the command reports no recording, but the cause first
+// (the file and "No space left on device") and how many images are safe, which is what the
+// recording then opens with.
+TEST_P(RecordTest, AFullDiskIsReportedWithItsCauseAndTheImagesThatAreSafe)
+{
+    const std::string set = dir / "Full";
+    std::ostringstream out, err;
+    RecordWatch watch{interrupted, nullptr, {}};
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    faults->FailWritesAfter(400 * 1024);
+    std::string message;
+    {
+        RTE::ScopedFileSystemBackend installed(faults);
+        message = MessageOf([&] { RunRecord(set, SmallRecording(), watch, out, err); });
+    }
+    const std::string start = "the recording failed: ";
+    ASSERT_EQ(message.substr(0, start.size()), start) << message;
+    EXPECT_NE(message.find("No space left on device"), std::string::npos) << message;
+    EXPECT_NE(message.find(set), std::string::npos) << message;
+    EXPECT_EQ(message.find("Store must be called in order"), std::string::npos) << message;
+    EXPECT_EQ(out.str().find("recorded "), std::string::npos) << out.str();
+
+    const auto reopened = SetApi::C_SetFactory::Instance().Open(set);
+    const unsigned safe = reopened->IsOpen() ? reopened->GetSize() : 0;
+    EXPECT_LT(safe, 20u);
+    EXPECT_NE(message.find("; " + std::to_string(safe) + " of 20 images are safe in '" + set +
+                           "' (complete in all cameras)"),
+              std::string::npos)
+        << message;
 }
 
 INSTANTIATE_TEST_SUITE_P(Writers, RecordTest,

@@ -4,10 +4,12 @@
 #include "Commands.h"
 #include "DemoBuffers.h"
 #include "ProgressLine.h"
+#include "UnopenedSet.h"
 
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/set/I_Set.h>
 #include <SetApi/set/SetTypeIdentifiers.h>
+#include <SetApi/stream/StreamSetWriter.h>
 
 #include <RTE/FaultInjectingFileSystem.h>
 #include <RTE/ScopedFileSystemBackend.h>
@@ -124,6 +126,27 @@ TEST(ListCommand, ShowsTheSetsOfAFolderWithChildrenIndentedAndBrokenSetFilesMark
               "there is no folder '" + project.dir / "missing" + "'");
     EXPECT_EQ(MessageOf([&] { SetApiTool::RunList(project.run + ".set", false, std::cout); }),
               "'" + project.run + ".set' is no folder");
+}
+
+// A recording that ended before its first image has its set file and folder but no configuration:
+// it does not open, and the tool says what it is instead of "(does not open)".
+TEST(ListCommand, NamesARecordingWithoutImages)
+{
+    const TestSupport::LogCapture log;
+    TestSupport::TempDir dir;
+    {
+        SetApi::StreamSetWriter writer(2);
+        writer.Create(QString::fromStdString(dir / "Empty"), BufferApi::BUFFER_PACK_NONE);
+        writer.Close();
+    }
+    TestSupport::WriteFile(dir / "Broken.set", "#GROUP Sets\nSetIdentifier = \"NoSuchKind\";\n");
+    ASSERT_FALSE(C_SetFactory::Instance().Open(dir / "Empty")->IsOpen());
+    const std::string why = "a recording without images (it ended before its first image was written)";
+    EXPECT_EQ(SetApiTool::DescribeUnopenedSet(dir / "Empty"), why);
+    EXPECT_EQ(SetApiTool::DescribeUnopenedSet(dir / "Broken"), "");
+    EXPECT_EQ(SetApiTool::DescribeUnopenedSet(dir / "Missing"), "");
+    EXPECT_EQ(Lines(List(dir.path(), false)),
+              (std::vector<std::string>{"Broken  (does not open)", "Empty   (" + why + ")"}));
 }
 
 #ifndef _WIN32

@@ -1,4 +1,5 @@
 #include "Commands.h"
+#include "UnopenedSet.h"
 
 #include <SetApi/factory/C_SetFileSystemHierarchy.h>
 #include <SetApi/set/C_SetUtilities.h>
@@ -22,6 +23,7 @@ struct S_Entry {
     std::size_t depth = 0;
     std::string name;
     std::string type; // empty for a set file that does not open
+    std::string why;  // for such a set file, what it is, when that is known
     unsigned size = 0;
 };
 
@@ -54,6 +56,8 @@ private:
             if (set->IsOpen()) {
                 entry.type = SetApi::GetSetTypeDisplayName(set->GetSetType()).toStdString();
                 entry.size = set->GetSize();
+            } else {
+                entry.why = DescribeUnopenedSet(SetApi::C_SetUtilities::PrepareSetName(set->GetName()));
             }
             m_entries.push_back(entry);
             if (m_recursive && m_hierarchy.HasSetChildren(set) && FirstVisit(*set))
@@ -99,7 +103,7 @@ int RunList(const std::string& folder, bool recursive, std::ostream& out)
         const std::string indented = std::string(2 * entry.depth, ' ') + entry.name;
         out << std::left << std::setw(int(nameWidth)) << indented << "  ";
         if (entry.type.empty())
-            out << "(does not open)\n";
+            out << (entry.why.empty() ? "(does not open)" : "(" + entry.why + ")") << "\n";
         else
             out << std::setw(int(typeWidth)) << entry.type << "  " << entry.size
                 << (entry.size == 1 ? " buffer\n" : " buffers\n");

@@ -167,6 +167,7 @@ public:
     bool Waited() const { return m_stream ? m_stream->HasWaitedOnFullQueue() : m_waited; }
     bool TrackedHere() const { return m_plain != nullptr; }
     std::string Errors() const { return Writer().GetErrorText(); }
+    bool Failed() const { return Writer().IsError(); }
 
     // Destroys the writer: the streams of a stream set are complete and the set is announced.
     void Release()
@@ -193,6 +194,7 @@ struct S_RecordFigures {
     bool waited = false;
     bool trackedHere = false;
     std::string errors;
+    std::string refusal; // why the writer refused an image, when it did
 };
 
 // The live line: images written by the writer so far, the rate, and the queue.
@@ -235,17 +237,17 @@ bool Record(Recorder& recorder, const SyntheticRecording& images, unsigned count
         try {
             recorder.Store(std::move(image), index);
         } catch (const std::exception& e) {
-            recorder.Abort();
-            std::string errors = recorder.Errors();
-            while (!errors.empty() && errors.back() == '\n')
-                errors.pop_back();
-            RTE_THROW_MSG(RTE::Exception, "image " << index << " could not be handed to the writer: " << e.what()
-                                                   << (errors.empty() ? "" : " (the writer reported: ") << errors
-                                                   << (errors.empty() ? "" : ")"));
+            // The set writer refuses images after its first failure: no use making more.
+            figures.refusal = e.what();
+            break;
         }
         figures.stored = index + 1;
         if (watch.onStored)
             watch.onStored(figures.stored);
+        // A writer that failed (a full disk) may go on taking images, but each later one only
+        // fails again: the recording stops at the first failure, whose cause is reported.
+        if (recorder.Failed())
+            break;
         if (line && Clock::now() >= nextRefresh) {
             const std::size_t fill = recorder.FillLevel();
             const unsigned written = unsigned(figures.stored - std::min<std::size_t>(fill, figures.stored));
@@ -254,7 +256,8 @@ bool Record(Recorder& recorder, const SyntheticRecording& images, unsigned count
             nextRefresh = Clock::now() + RefreshPeriod;
         }
     }
-    const bool complete = figures.stored == count && !watch.interrupted.load();
+    const bool complete = figures.stored == count && !watch.interrupted.load() && figures.refusal.empty()
+                          && !recorder.Failed();
     if (complete)
         recorder.Close();
     else
@@ -335,6 +338,26 @@ std::string ExportFirstCamera(const std::string& name)
     return picture;
 }
 
+// A recording the writer reported failures for, said cause first: the writer's first failure
+// names the file and the system's reason ("No space left on device"). Then how many images are
+// safe, that is complete in every camera, as the recording now opens.
+std::string FailureSummary(const S_RecordFigures& figures, unsigned total, const std::string& name)
+{
+    // The error text has one line per failure, each ended by a line end.
+    const std::string& errors = figures.errors;
+    std::string cause = errors.substr(0, errors.find('\n'));
+    const auto lines = static_cast<unsigned>(std::count(errors.begin(), errors.end(), '\n'));
+    const unsigned furtherLines = lines > 1 ? lines - 1 : 0;
+    if (cause.empty())
+        cause = figures.refusal;
+    std::string summary = "the recording failed: " + cause;
+    if (furtherLines > 0)
+        summary += " (and " + std::to_string(furtherLines) + " more error" + (furtherLines == 1 ? "" : "s") + ")";
+    summary += "; " + std::to_string(ImagesOnDisk(name)) + " of " + std::to_string(total)
+               + " images are safe in '" + name + "' (complete in all cameras)";
+    return summary;
+}
+
 } // namespace
 
 int RunRecord(const std::string& set, const S_RecordOptions& options, const RecordWatch& watch, std::ostream& out,
@@ -364,6 +387,8 @@ int RunRecord(const std::string& set, const S_RecordOptions& options, const Reco
     S_RecordFigures figures;
     const bool complete = Record(recorder, images, settings.images, watch, figures);
     recorder.Release();
+    if (!figures.errors.empty() || !figures.refusal.empty())
+        RTE_THROW_MSG(RTE::Exception, FailureSummary(figures, settings.images, name));
     if (!complete) {
         err << "setapi: recording aborted after " << figures.stored << " of " << settings.images
             << " images; the partial recording stays in '" << name << "' (" << ImagesOnDisk(name)
@@ -394,8 +419,6 @@ int RunRecord(const std::string& set, const S_RecordOptions& options, const Reco
         << (plain ? "plain set" : "stream set") << ")" << std::endl;
     const std::string picture = ExportFirstCamera(name);
     out << "wrote '" << picture << "' (image 0 of camera 1)" << std::endl;
-    if (!errors.empty())
-        RTE_THROW_MSG(RTE::Exception, "the writer reported errors");
     return 0;
 }
 

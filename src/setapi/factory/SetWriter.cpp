@@ -107,6 +107,15 @@ void SetWriter::Store(std::shared_ptr<const BufferApi::I_Buffer> buffer, unsigne
     // Waiting here for a free place is the whole back pressure: the producer is slowed down and
     // no buffer is dropped.
     boost::shared_ptr<I_WorkerThreadFunction> place = m_freeQueue.Pop();
+    if (!place) {
+        // The end mark of a failure or an Abort: no worker will give a place back, so waiting on
+        // would never end. The mark stays for the next producer. A failed writer refuses the
+        // buffer as a Store after the failure would; an aborted one drops it.
+        m_freeQueue.Push(place);
+        if (IsError())
+            RTE_THROW(RTE::VerificationFailed, QStringLiteral("Can't store after error from former call."));
+        return;
+    }
     place.reset(new Private::C_SetWriterFunction(m_set, std::move(buffer), index));
     m_workQueue.Push(std::move(place));
 }
@@ -117,6 +126,9 @@ void SetWriter::Abort()
         thread->Cancel();
         m_workQueue.Push(boost::shared_ptr<I_WorkerThreadFunction>());
     }
+    // Producers waiting for a place would otherwise wait for ever: the workers that give places
+    // back are ending. A null place releases them (see Store).
+    m_freeQueue.Push(boost::shared_ptr<I_WorkerThreadFunction>());
 }
 
 bool SetWriter::IsError()
@@ -146,7 +158,12 @@ void SetWriter::WaitUntilFinished()
 
 std::shared_ptr<I_Set> SetWriter::GetSetWhenFinished() const { return m_set; }
 
-size_t SetWriter::GetFillLevel() const { return GetQueueSize() - m_freeQueue.Size(); }
+size_t SetWriter::GetFillLevel() const
+{
+    // After an Abort the free queue also holds the end mark, which is no place.
+    const size_t free = m_freeQueue.Size();
+    return free >= GetQueueSize() ? 0 : GetQueueSize() - free;
+}
 
 size_t SetWriter::GetQueueSize() const { return m_queueSize; }
 

@@ -5,6 +5,8 @@
 #include "NarrowText.h"
 #include "SetFileNumbers.h"
 
+#include <RTE/AtomicFileWrite.h>
+#include <RTE/Exception.h>
 #include <RTE/FileSystem.h>
 #include <RTE/Parameter/Factory.h>
 
@@ -13,6 +15,7 @@
 #include <fstream>
 #include <limits>
 #include <locale>
+#include <sstream>
 
 namespace SetApi {
 
@@ -58,9 +61,9 @@ bool C_SetUtilities::ReadSetGroupVariables(const std::string& file, C_DataSetPar
 bool C_SetUtilities::WriteSettings(const std::string& file, const C_DataSetParameter& parameters,
                                    const std::string& trailer)
 {
-    std::ofstream out(RTE::FileSystem::FixPath(file), std::ios::out | std::ios::trunc);
-    if (!out.is_open())
-        return false;
+    // The text is made in memory and then put in place of the old file in one step: a full disk
+    // or a crash leaves the old set file whole, never an empty or half one.
+    std::ostringstream out;
     out.imbue(std::locale::classic()); // numbers read back the same whatever the process locale
     out << "// set file <" << file << "> created by Zarvo\n\n#GROUP Sets\n";
 
@@ -84,7 +87,12 @@ bool C_SetUtilities::WriteSettings(const std::string& file, const C_DataSetParam
     }
     if (!trailer.empty())
         out << '\n' << trailer;
-    out.close();
+    try {
+        RTE::WriteFileAtomically(file, out.str());
+    } catch (const RTE::FileError&) {
+        // Logged where it was raised, naming the file and the reason.
+        return false;
+    }
     return true;
 }
 

@@ -1,12 +1,12 @@
 #include <SetApi/stream/LoadSaveReaderConfiguration.h>
 
+#include <RTE/AtomicFileWrite.h>
 #include <RTE/Exception.h>
 #include <RTE/FileSystem.h>
 
 #include <QBuffer>
 #include <QByteArray>
 #include <QFile>
-#include <QRandomGenerator>
 #include <QXmlStreamReader>
 #include <QXmlStreamWriter>
 
@@ -70,26 +70,6 @@ Private::C_ReaderInfo ReadReaderInfo(QXmlStreamReader& xml)
         RTE_THROW(RTE::VerificationFailed, QStringLiteral("Detected unexpected/invalid XML-content."));
     info.ContentPurpose = Private::ReadContentPurpose(xml);
     return info;
-}
-
-// A name beside the target that no other writer picks at the same time; hidden, so that it is not
-// taken for a stream file should it ever be left behind.
-std::string TemporaryNameFor(const std::string& target)
-{
-    const std::size_t separator = target.find_last_of("/\\");
-    const std::size_t nameStart = separator == std::string::npos ? 0 : separator + 1;
-    const QString suffix = QString::number(QRandomGenerator::global()->generate(), 16);
-    return target.substr(0, nameStart) + '.' + target.substr(nameStart) + '.' + suffix.toStdString() + ".part";
-}
-
-void RemoveQuietly(const std::string& path)
-{
-    try {
-        if (RTE::FileSystem::Exists(path))
-            RTE::FileSystem::RemoveFile(path);
-    } catch (const std::exception&) {
-        // A leftover hidden file is all that can remain.
-    }
 }
 
 } // namespace
@@ -198,16 +178,10 @@ void SaveReaderConfiguration(const C_ReaderConfiguration& configuration, const Q
         WriteReaderConfiguration(configuration, buffer);
     }
 
-    const std::string target = path.toStdString();
-    const std::string temporary = TemporaryNameFor(target);
     try {
-        std::unique_ptr<RTE::I_WritableFile> file = RTE::FileSystem::OpenForWriting(temporary);
-        file->Append(document.constData(), static_cast<std::size_t>(document.size()));
-        file->Close();
-        RTE::FileSystem::ReplaceFile(temporary, target);
+        RTE::WriteFileAtomically(path.toStdString(), document.constData(), static_cast<std::size_t>(document.size()));
     } catch (const std::exception&) {
         // The file system's failure has been logged where it arose; the caller learns the path.
-        RemoveQuietly(temporary);
         RTE_THROW(RTE::FileWriteError, path);
     }
 }

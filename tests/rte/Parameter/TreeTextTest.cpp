@@ -1,6 +1,7 @@
 #include "TreeTextTestSupport.h"
 
 #include <RTE/Exception.h>
+#include <RTE/FaultInjectingFileSystem.h>
 
 #include <sstream>
 
@@ -69,6 +70,22 @@ TEST(ParameterTreeText, FilesRoundTripAndMissingFilesNameThePath)
         EXPECT_TRUE(error.message().contains("missing.txt"));
     }
     EXPECT_THROW(tree->WriteFile(QString::fromStdString(dir / "no/such/folder/tree.txt")), RTE::FileWriteError);
+
+    // A full disk: the error names the file and the cause, and the earlier file stays whole.
+    const std::string before = TestSupport::ReadFile(dir / "tree.txt");
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    faults->FailWritesAfter(16);
+    RTE::ScopedFileSystemBackend installed(faults);
+    auto changed = CreateTree();
+    changed->Add(CreateText("t", QStringLiteral("another tree")));
+    try {
+        changed->WriteFile(path);
+        ADD_FAILURE() << "no exception";
+    } catch (const RTE::FileWriteError& error) {
+        EXPECT_TRUE(error.message().contains("tree.txt")) << error.message().toStdString();
+        EXPECT_TRUE(error.message().contains("No space left on device")) << error.message().toStdString();
+    }
+    EXPECT_EQ(TestSupport::ReadFile(dir / "tree.txt"), before);
 }
 
 TEST(ParameterTreeText, ReadingUsesTheElementFactoriesOfTheTreeBeingReplaced)

@@ -398,6 +398,41 @@ TEST(SetWriter, TheFirstOfTwoFailuresIsKeptAndQueuedWorkIsLeft)
     writer.Close();
 }
 
+// A producer waiting on a full queue when the only worker fails, or when the writer is aborted,
+// must not wait for ever: no worker will give its place back.
+TEST(SetWriter, AProducerWaitingForAPlaceIsReleasedByAFailureOrAnAbort)
+{
+    for (const bool abort : {false, true}) {
+        SCOPED_TRACE(abort ? "abort" : "failure");
+        TempDir dir;
+        Gate gate;
+        auto disk = std::make_shared<HookedFileSystem>([&](const std::string& file) {
+            if (IsBufferFileOf(file, 0)) {
+                gate.Pass();
+                if (!abort)
+                    throw std::runtime_error("disk gone");
+            }
+        });
+        RTE::ScopedFileSystemBackend installed(disk);
+        SetWriter writer(1, 1);
+        writer.Create(QString::fromStdString(dir / "Waiting"), BufferApi::BUFFER_PACK_FAST);
+        writer.Store(Shared(MakeBuffer(0)), 0);
+        gate.WaitForArrivals(1); // the worker holds the one place
+        auto waiting = std::async(std::launch::async, [&] { return MessageOf([&] { writer.Store(Shared(MakeBuffer(1)), 1); }); });
+        EXPECT_EQ(waiting.wait_for(std::chrono::milliseconds(50)), std::future_status::timeout);
+        if (abort)
+            writer.Abort();
+        gate.Open();
+        ASSERT_EQ(waiting.wait_for(std::chrono::seconds(20)), std::future_status::ready) << "producer still waits";
+        EXPECT_EQ(waiting.get(), abort ? "(no exception)" : "Can't store after error from former call.");
+        // Later producers are released at once as well.
+        EXPECT_EQ(MessageOf([&] { writer.Store(Shared(MakeBuffer(2)), 2); }),
+                  abort ? "(no exception)" : "Can't store after error from former call.");
+        EXPECT_LE(writer.GetFillLevel(), writer.GetQueueSize());
+        writer.Close();
+    }
+}
+
 namespace {
 struct FailingObserver : I_SetObserver {
     void OnBufferStored(unsigned) override { throw std::runtime_error(""); }

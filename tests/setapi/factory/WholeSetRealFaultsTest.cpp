@@ -7,7 +7,10 @@
 
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/factory/Tools.h>
+#include <SetApi/set/C_DataSetParameter.h>
+#include <SetApi/set/C_SetUtilities.h>
 
+#include <RTE/Exception.h>
 #include <RTE/FileSystem.h>
 
 #include <boost/filesystem/operations.hpp>
@@ -176,6 +179,33 @@ TEST_F(WholeSetRealFaults, AFullDiskFailsTheCopyAndTheMoveAndLeavesTheSource)
     EXPECT_FALSE(CopySetFileWithoutSetIdentifier(QFileInfo(QString::fromStdString(m_dir / "Big.set")),
                                                  QFileInfo(QString::fromStdString(small + "/Big.set"))));
     EXPECT_FALSE(RTE::FileSystem::Exists(small + "/Big.set"));
+}
+
+TEST_F(WholeSetRealFaults, ASetFileRewrittenOnAFullDiskStaysWhole)
+{
+    const std::string small = m_dir / "Full";
+    const auto disk = ScopedMount::Tmpfs(small, "1m");
+    if (!disk->Mounted())
+        GTEST_SKIP() << "cannot mount a small file system here";
+    const std::string file = small + "/Run.set";
+    C_DataSetParameter parameters;
+    parameters.SetValue("SetType", 0x1000);
+    parameters.Add("SetIdentifier", std::string("StreamSet"));
+    ASSERT_TRUE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    const std::string before = TestSupport::ReadFile(file);
+    {
+        const std::unique_ptr<RTE::I_WritableFile> filler = RTE::FileSystem::OpenForWriting(small + "/Filler");
+        const std::string block(64 * 1024, 'f');
+        try {
+            for (int i = 0; i < 64; ++i)
+                filler->Append(block.data(), block.size());
+        } catch (const RTE::FileWriteError&) {
+        }
+    }
+    parameters.SetValue("SetComments", std::string(16 * 1024, 'c'));
+    EXPECT_FALSE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    EXPECT_EQ(TestSupport::ReadFile(file), before);
+    EXPECT_EQ(RTE::FileSystem::GetFiles(small, "\\..*", false, false), std::vector<std::string>{});
 }
 
 TEST_F(WholeSetRealFaults, AMoveThatCannotRenameTakesTheSlowWay)

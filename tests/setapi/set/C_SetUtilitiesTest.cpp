@@ -1,6 +1,7 @@
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_SetUtilities.h>
 
+#include <RTE/FaultInjectingFileSystem.h>
 #include <RTE/FileSystem.h>
 
 #include <gtest/gtest.h>
@@ -151,6 +152,42 @@ TEST(C_SetUtilities, WriteSettingsWritesHeaderParametersAndTrailer)
     const std::string lastLine = "\nSetIdentifier = \"Set\";\n";
     EXPECT_EQ(noTrailer.substr(noTrailer.size() - lastLine.size()), lastLine);
     EXPECT_FALSE(C_SetUtilities::WriteSettings(dir / "missing/run.set", parameters, ""));
+}
+
+// A set file is replaced whole or not at all: a full disk or a refused replacement leaves the old
+// file byte for byte, no hidden temporary file behind, and WriteSettings says false.
+TEST(C_SetUtilities, WriteSettingsThatFailsLeavesTheOldFileWhole)
+{
+    using Operation = RTE::FaultInjectingFileSystem::Operation;
+    TestSupport::TempDir dir;
+    const std::string file = dir / "run.set";
+    C_DataSetParameter parameters;
+    parameters.SetValue("SetType", 4);
+    parameters.Add("SetIdentifier", std::string("StreamSet"));
+    ASSERT_TRUE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    const std::string before = TestSupport::ReadFile(file);
+    parameters.SetValue("SetType", 5);
+
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    for (const std::uint64_t room : {std::uint64_t(0), std::uint64_t(100)}) {
+        SCOPED_TRACE(room);
+        faults->ClearFaults();
+        faults->FailWritesAfter(room);
+        RTE::ScopedFileSystemBackend installed(faults);
+        EXPECT_FALSE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    }
+    faults->ClearFaults();
+    faults->ResetCounts();
+    faults->FailCall(Operation::ReplaceFile, 1);
+    {
+        RTE::ScopedFileSystemBackend installed(faults);
+        EXPECT_FALSE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    }
+    EXPECT_EQ(TestSupport::ReadFile(file), before);
+    EXPECT_EQ(RTE::FileSystem::GetFiles(dir.path(), ".*", false, false), std::vector<std::string>{"run.set"});
+
+    ASSERT_TRUE(C_SetUtilities::WriteSettings(file, parameters, ""));
+    EXPECT_NE(TestSupport::ReadFile(file).find("SetType = 5;"), std::string::npos);
 }
 
 TEST(C_SetUtilities, WrittenFilesReadBack)

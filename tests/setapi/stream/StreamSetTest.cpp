@@ -13,6 +13,8 @@
 #include <BufferApi/I_PlaneBase.h>
 
 #include <RTE/Exception.h>
+#include <RTE/FaultInjectingFileSystem.h>
+#include <RTE/FileSystem.h>
 
 #include "support/TestSupport.h"
 
@@ -158,6 +160,30 @@ TEST(StreamSet, EachParameterChangeIsWrittenAtOnceAndNothingAfterwards)
     EXPECT_TRUE(set->WriteSetFile());
     set.reset();
     EXPECT_EQ(ReadFile(file), "overwritten\n");
+}
+
+// A parameter change that meets a full disk leaves the set file as it was: the recording opens
+// again as the recording it is, not as a set of type 0 from an empty file.
+TEST(StreamSet, AParameterChangeOnAFullDiskKeepsTheSetFileWhole)
+{
+    TempDir dir;
+    BuildRecording(dir / "Run", 4, 0x1000);
+    const std::string file = dir / "Run.set";
+    const std::string before = ReadFile(file);
+    {
+        auto set = OpenSet(dir / "Run");
+        auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+        faults->FailWritesAfter(0);
+        RTE::ScopedFileSystemBackend installed(faults);
+        LogCapture log;
+        EXPECT_TRUE(set->SetParameter("SetComments", std::string("after the disk filled up")));
+        EXPECT_TRUE(log.contains("Exception", "No space left on device"));
+    }
+    EXPECT_EQ(ReadFile(file), before);
+    EXPECT_EQ(RTE::FileSystem::GetFiles(dir.path(), "\\..*", false, false), std::vector<std::string>{});
+    const std::shared_ptr<I_Set> reopened = C_SetFactory::Instance().Open(dir / "Run");
+    ASSERT_NE(CastToStreamSet(reopened), nullptr);
+    EXPECT_EQ(int(reopened->GetSetType()), 0x1000);
 }
 
 TEST(StreamSet, ASetFileWithoutTypeGivesTypeZero)

@@ -2,6 +2,7 @@
 
 #include "TreeText.h"
 
+#include <RTE/AtomicFileWrite.h>
 #include <RTE/Exception.h>
 
 #include <QFile>
@@ -68,14 +69,12 @@ void C_Tree::WriteFile(const QString& path) const
 {
     std::ostringstream text;
     Write(text);
-    const std::string bytes = text.str();
-    QFile file(path);
-    if (!file.open(QIODevice::WriteOnly | QIODevice::Truncate))
-        RTE_THROW(FileWriteError, file, QStringLiteral("Cannot open parameter tree file '%1'").arg(path));
-    if (file.write(bytes.data(), static_cast<qint64>(bytes.size())) != static_cast<qint64>(bytes.size()) ||
-        !file.flush())
-        RTE_THROW(FileWriteError, file, QStringLiteral("Cannot write parameter tree file '%1'").arg(path));
-    file.close();
+    // Whole or not at all: a failed write leaves the earlier file as it was.
+    try {
+        WriteFileAtomically(path.toStdString(), text.str());
+    } catch (const FileError& e) {
+        RTE_THROW(FileWriteError, QStringLiteral("Cannot write parameter tree file '%1': %2").arg(path, e.message()));
+    }
 }
 
 void C_Tree::ReadFile(const QString& path)

@@ -5,6 +5,7 @@
 // The runtime: failures, logging, threads, files, plug-ins, values
 #include <RTE/ActivityControl.h>
 #include <RTE/ActivityFeedback.h>
+#include <RTE/AtomicFileWrite.h>
 #include <RTE/AttributesSink.h>
 #include <RTE/BoostPath.h>
 #include <RTE/Condition.h>

@@ -7,7 +7,8 @@
 //
 // The first failure of a worker is kept (later ones are not) and aborts the workers; the producer
 // sees it at its next Store ("Can't store after error from former call.") or through IsError and
-// GetErrorText. Log lines at info level on the logger "Set": "SetWriter create <path>" and
+// GetErrorText. A producer waiting for a place when the workers end by a failure or an Abort is
+// released: it gets the failure's refusal, or after an Abort its buffer is dropped. Log lines at info level on the logger "Set": "SetWriter create <path>" and
 // "SetWriter closed".
 
 #include <SetApi/Export.h>
@@ -45,7 +46,8 @@ public:
     void Store(std::shared_ptr<const DataObjects::ImageBufferVariant> buffer, unsigned index) override;
     void Store(std::shared_ptr<const BufferApi::I_Buffer> buffer, unsigned index) override;
     void Store(BufferApi::I_Buffer* buffer, unsigned index) override;
-    // Ends the workers at once; queued work is left and freed with the writer.
+    // Ends the workers at once; queued work is left and freed with the writer. Producers waiting
+    // for a place are released.
     void Abort() override;
     bool IsError() override;
     std::string GetErrorText() override;
