@@ -45,11 +45,6 @@ bool StreamSetReader::HasBeenRepaired() const { return m_configuration.HasBeenRe
 
 QString StreamSetReader::GetDetailsOfRepair() const { return m_configuration.GetDetailsOfRepair(); }
 
-void StreamSetReader::Repair()
-{
-    RTE_THROW(RTE::Exception, QStringLiteral("Repair of a stream set is not available yet."));
-}
-
 DataObjects::BufferStructureInformation StreamSetReader::GetBufferStructureInformation(unsigned image) const
 {
     CheckImageIndex(image);

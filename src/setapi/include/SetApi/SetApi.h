@@ -131,6 +131,7 @@
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/factory/C_SetFileSystemHierarchy.h>
 #include <SetApi/factory/C_SetIterator.h>
+#include <SetApi/factory/ConvertStreamSet.h>
 #include <SetApi/factory/I_SetFactoryObserver.h>
 #include <SetApi/factory/I_SetHierarchy.h>
 #include <SetApi/factory/I_SetWriter.h>
@@ -142,15 +143,18 @@
 // Stream sets
 #include <SetApi/stream/BufferStreamWriter.h>
 #include <SetApi/stream/I_StreamSetConfigurationWriter.h>
+#include <SetApi/stream/ImageBufferStreamWriterSet.h>
 #include <SetApi/stream/LoadSaveReaderConfiguration.h>
 #include <SetApi/stream/MaskReader.h>
 #include <SetApi/stream/MaskWriter.h>
 #include <SetApi/stream/PlaneWidening.h>
+#include <SetApi/stream/RepairCorruptStreamSet.h>
 #include <SetApi/stream/ScalarFieldReader.h>
 #include <SetApi/stream/ScalarFieldWriter.h>
 #include <SetApi/stream/StreamSet.h>
 #include <SetApi/stream/StreamSetConfiguration.h>
 #include <SetApi/stream/StreamSetReader.h>
+#include <SetApi/stream/StreamSetRescaler.h>
 #include <SetApi/stream/StreamSetWriter.h>
 
 // Typed views of sets

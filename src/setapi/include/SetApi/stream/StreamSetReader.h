@@ -102,7 +102,12 @@ public:
     const CorruptionStates& GetCorruptionStates() const;
     bool HasBeenRepaired() const;
     QString GetDetailsOfRepair() const;
-    // Not available yet: raises RTE::Exception.
+    // Drops the streams that opening found damaged, with their files (a whole kind of stream at a
+    // time, attribute streams one by one; image streams always stay), saves the configuration
+    // marked as repaired with what was dropped, and opens again. The frame count then grows by the
+    // frames of the kept streams until the set is opened anew. A configuration that cannot be
+    // written raises RTE::FileWriteError; the files are gone by then. No lock: no other thread may
+    // use the reader meanwhile.
     void Repair();
 
 private:
