@@ -28,11 +28,11 @@ const char* const ParkedName = "old_StreamSet";
 
 // Moves the child sets of `from` into the folder of `to`, as the hierarchy rooted at `root` sees
 // them. Either set may be missing (a null or closed set): then nothing moves.
-void MoveChildren(const std::string& root, std::shared_ptr<I_Set> from, std::shared_ptr<I_Set> to)
+void MoveChildren(const QString& root, std::shared_ptr<I_Set> from, std::shared_ptr<I_Set> to)
 {
     if (!from || !from->IsOpen() || !to || !to->IsOpen())
         return;
-    C_SetFileSystemHierarchy hierarchy(QString::fromStdString(root));
+    C_SetFileSystemHierarchy hierarchy(root);
     if (!hierarchy.HasSetChildren(from))
         return;
     for (const std::shared_ptr<I_Set>& child : hierarchy.GetChildrenOfSet(from))
@@ -131,7 +131,7 @@ void ConvertStreamSetToNativeSet(const std::string& setPath, RTE::I_ActivityCont
     }
 
     feedback.SetStatusText("Tidying up the set directory");
-    MoveChildren(sourceName, source, work);
+    MoveChildren(dir, source, work);
     source.reset();
     work.reset();
 
@@ -139,11 +139,20 @@ void ConvertStreamSetToNativeSet(const std::string& setPath, RTE::I_ActivityCont
     // Moving the children back is best effort; what stays in the work set keeps it from removal.
     const auto moveChildrenBack = [&] {
         try {
-            MoveChildren(sourceName, factory.Open(setPath), factory.Open(workName));
+            MoveChildren(dir, factory.Open(workName), factory.Open(setPath));
         } catch (const std::exception&) {
         }
     };
     if (!factory.Rename(setPath, ParkedName)) {
+        // The factory leaves a folder renamed when the set file then could not be: the source's
+        // folder is put back beside its set file, so that the recording opens as before.
+        if (!RTE::FileSystem::Exists(sourceName) && RTE::FileSystem::Exists(parkedName)
+            && RTE::FileSystem::Exists(sourceName + ".set") && !RTE::FileSystem::Exists(parkedName + ".set")) {
+            try {
+                RTE::FileSystem::Rename(parkedName, sourceName);
+            } catch (const std::exception&) {
+            }
+        }
         moveChildrenBack();
         error = "Can not rename source set";
     } else if (!factory.Rename(workName, base.toStdString())) {
