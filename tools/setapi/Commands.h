@@ -4,10 +4,14 @@
 
 #include "RecordArguments.h"
 
+#include <RTE/Scale.h>
+
 #include <atomic>
 #include <functional>
+#include <istream>
 #include <ostream>
 #include <string>
+#include <vector>
 
 namespace SetApiTool {
 
@@ -89,5 +93,62 @@ int RunMove(const std::string& from, const std::string& to);
 int RunRemove(const std::string& path);
 // Renames a set within its folder; `newName` is a bare name, without '/' or '\'.
 int RunRename(const std::string& path, const std::string& newName);
+
+// The exit code of a command that the user declined, or that could not ask and was not told yes.
+constexpr int DeclinedExitCode = 2;
+
+// How `repair` gets its answer: `yes` answers yes at once; otherwise it asks on `in` when `ask`
+// (standard input is a terminal), and declines when it cannot ask.
+struct S_RepairAnswer {
+    bool yes = false;
+    bool ask = false;
+};
+
+// Repairs a damaged recording: prints each damage and each consequence of the repair, asks, and
+// repairs. An intact recording is left alone ("intact: nothing to repair"). Declined: exit code
+// DeclinedExitCode and nothing changed. A set that is no recording, or a failed repair, raises.
+int RunRepair(const std::string& path, const S_RepairAnswer& answer, std::istream& in, std::ostream& out);
+// The same on the terminal: asks when standard input is one.
+int RunRepair(const std::string& path, bool yes);
+
+// Loads every buffer of a set of any kind, prints each failure with its reason ("buffer <i>:
+// <text naming file, image and plane>"), for a recording its state, and "verified <n> buffers, <m>
+// damaged". Exit code 1 when a buffer failed or a recording's streams are damaged. A recording
+// that ended before its first image verifies as 0 buffers.
+int RunVerify(const std::string& path, std::ostream& out);
+
+// What a conversion looks at while it runs: `interrupted` is polled before every buffer and stops
+// the conversion, which then leaves the recording as it was. `progress`, if set, gets a progress
+// line; `onProgress` sees every percentage (a test raises the flag from it).
+struct ConvertWatch {
+    const std::atomic<bool>& interrupted;
+    std::ostream* progress = nullptr;
+    std::function<void(double percent)> onProgress;
+};
+// "40%, 812.3 MB/s, 0:02 left" ("--" while nothing is done).
+std::string FormatConvertProgress(double percent, double totalBytes, double seconds);
+// Replaces a recording by a plain set of the same name, with its child sets and the user's files
+// ("converted '<name>' to a plain set of <n> buffers"). An interrupt cancels: the recording stays
+// as it was, "setapi: conversion canceled" goes to `err`, exit code InterruptedExitCode. A set
+// that is no recording, or a failed conversion, raises.
+int RunConvert(const std::string& path, const ConvertWatch& watch, std::ostream& out, std::ostream& err);
+// The same, with Ctrl-C routed to the interrupt flag and a progress line on a terminal.
+int RunConvert(const std::string& path);
+
+// New scales for one frame of a recording.
+struct S_FrameScales {
+    unsigned frame = 0;
+    RTE::S_Scale x, y, intensity;
+};
+// "FACTOR,OFFSET[,UNIT]" as a scale; anything else raises with a message that shows the form.
+RTE::S_Scale ParseScale(const std::string& text);
+// The records of the command line: each of --x, --y, --i is given once per --frame, in the same
+// order, or not at all (identity). Raises before anything is touched when that does not hold.
+std::vector<S_FrameScales> CollectFrameScales(const std::vector<unsigned>& frames, const std::vector<std::string>& x,
+                                              const std::vector<std::string>& y, const std::vector<std::string>& i);
+// Replaces every scale of the recording by the records (a frame without one reads factor 1,
+// offset 0) and prints them. A frame the recording does not have, or a set that is no recording,
+// raises before anything is touched.
+int RunRescale(const std::string& path, const std::vector<S_FrameScales>& records, std::ostream& out);
 
 } // namespace SetApiTool

@@ -1,6 +1,8 @@
 #include "SetArguments.h"
+#include "UnopenedSet.h"
 
 #include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/set/I_Set.h>
 #include <SetApi/set/C_SetUtilities.h>
 
 #include <RTE/Exception.h>
@@ -68,6 +70,20 @@ bool LiesWithin(const std::string& inner, const std::string& outer)
         return true;
     const QString folder = out.endsWith('/') ? out : out + '/';
     return in.startsWith(folder, sensitivity);
+}
+
+std::shared_ptr<SetApi::I_Set> OpenExistingSet(const std::string& argument)
+{
+    const std::string name = SetNameOf(argument);
+    RequireSet(argument, name);
+    std::shared_ptr<SetApi::I_Set> set = SetApi::C_SetFactory::Instance().Open(name);
+    if (!set->IsOpen()) {
+        const std::string why = DescribeUnopenedSet(name);
+        if (!why.empty())
+            RTE_THROW_MSG(RTE::Exception, "'" << argument << "' is " << why);
+        RTE_THROW_MSG(RTE::Exception, "'" << argument << "' is no set that this library can open");
+    }
+    return set;
 }
 
 } // namespace SetApiTool

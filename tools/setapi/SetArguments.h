@@ -2,7 +2,12 @@
 // How the whole-set commands read set names from the command line and check them before they hand
 // them to the factory, so that the usual mistakes get a message that says what is wrong.
 
+#include <memory>
 #include <string>
+
+namespace SetApi {
+class I_Set;
+}
 
 namespace SetApiTool {
 
@@ -12,6 +17,10 @@ std::string SetNameOf(const std::string& argument);
 
 // Raises unless a set of that name exists: "'<argument>' is no set: there is no file '<name>.set'".
 void RequireSet(const std::string& argument, const std::string& name);
+
+// The set of the argument, opened through the factory. Raises when there is no set file, and when
+// the set does not open, saying why where the tool can tell (see DescribeUnopenedSet).
+std::shared_ptr<SetApi::I_Set> OpenExistingSet(const std::string& argument);
 
 // Raises unless the folder that is to hold the set `name` exists.
 void RequireParentFolder(const std::string& argument, const std::string& name);

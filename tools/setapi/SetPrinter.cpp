@@ -146,9 +146,16 @@ void PrintStreamSet(std::ostream& out, const SetApi::Private::StreamSet& set, co
         out << indent << text << '\n';
     }
     out << indent << "images:     " << set.GetSize() << '\n';
-    out << indent << "state:      " << DescribeCorruption(set) << '\n';
-    if (set.HasBeenRepaired())
-        out << indent << "repaired:   \"" << set.GetDetailsOfRepair().toStdString() << "\"\n";
+    out << indent << "state:      " << DescribeState(set) << '\n';
+}
+
+std::string DescribeState(const SetApi::Private::StreamSet& set)
+{
+    if (!set.HasBeenRepaired())
+        return DescribeCorruption(set);
+    const std::string repaired = "repaired (" + set.GetDetailsOfRepair().toStdString() + ")";
+    // A repair cannot bring back images a camera never wrote: such a set stays corrupt.
+    return set.IsCorrupt() ? DescribeCorruption(set) + "; " + repaired : repaired;
 }
 
 void PrintSet(std::ostream& out, const SetApi::I_Set& set, const std::string& indent)

@@ -24,5 +24,7 @@ void PrintStreamSet(std::ostream& out, const SetApi::Private::StreamSet& set,
 
 // The state of a recording in words, as PrintStreamSet shows it.
 std::string DescribeCorruption(const SetApi::Private::StreamSet& set);
+// The same, with "repaired (<what was dropped>)" for a repaired recording.
+std::string DescribeState(const SetApi::Private::StreamSet& set);
 
 } // namespace SetApiTool

@@ -1,5 +1,5 @@
 // setapi: the command-line face of the library. Sub-commands: demo, record, info, export, ls, cp,
-// mv, rm, rename.
+// mv, rm, rename, repair, verify, convert, rescale.
 
 #include "Commands.h"
 
@@ -10,6 +10,7 @@
 #include <exception>
 #include <iostream>
 #include <map>
+#include <vector>
 
 int main(int argc, char** argv)
 {
@@ -104,6 +105,44 @@ int main(int argc, char** argv)
     rename->add_option("set", renamePath, "The set")->required();
     rename->add_option("name", renameNew, "The new name, without a folder")->required();
 
+    std::string repairPath;
+    bool repairYes = false;
+    CLI::App* repair = app.add_subcommand("repair", "Repair a damaged recording: drop the streams that cannot be read");
+    repair->footer(
+        "Prints what is damaged and what a repair does about it, then asks \"Repair? [y/N]\" on a terminal.\n"
+        "Image streams always stay; images that not every camera recorded cannot come back. Without a\n"
+        "terminal and without --yes nothing is changed and the exit code is 2.");
+    repair->add_option("set", repairPath, "The recording")->required();
+    repair->add_flag("-y,--yes", repairYes, "Repair without asking");
+
+    std::string verifyPath;
+    CLI::App* verify = app.add_subcommand("verify", "Load every buffer of a set and report the ones that fail");
+    verify->footer("Ends with \"verified N buffers, M damaged\"; the exit code is 1 when anything is damaged.");
+    verify->add_option("set", verifyPath, "The set")->required();
+
+    std::string convertPath;
+    CLI::App* convert = app.add_subcommand("convert", "Replace a recording (stream set) by a plain set of buffer files");
+    convert->footer(
+        "Child sets and the files of the recording's folder that are not recording material move to the\n"
+        "new set. On a terminal a progress line is shown. Ctrl-C cancels: the recording stays as it was\n"
+        "and the exit code is 130.");
+    convert->add_option("set", convertPath, "The recording")->required();
+
+    std::string rescalePath;
+    std::vector<unsigned> rescaleFrames;
+    std::vector<std::string> rescaleX, rescaleY, rescaleI;
+    CLI::App* rescale = app.add_subcommand("rescale", "Replace the scales of a recording's frames");
+    rescale->footer(
+        "Each --frame takes the --x, --y and --i given in the same position: repeat the group for several\n"
+        "frames, e.g. --frame 0 --x 0.05,0,mm --y 0.05,0,mm --i 1,0,counts --frame 1 --x ... A scale is\n"
+        "FACTOR,OFFSET[,UNIT]; an axis left out gets factor 1, offset 0 for every frame, and so do frames\n"
+        "not named. The images are not touched.");
+    rescale->add_option("set", rescalePath, "The recording")->required();
+    rescale->add_option("--frame", rescaleFrames, "A frame (camera) number, from 0")->required();
+    rescale->add_option("--x", rescaleX, "x scale of the frame: FACTOR,OFFSET[,UNIT]");
+    rescale->add_option("--y", rescaleY, "y scale of the frame: FACTOR,OFFSET[,UNIT]");
+    rescale->add_option("--i", rescaleI, "Intensity scale of the frame: FACTOR,OFFSET[,UNIT]");
+
     try {
         app.parse(argc, argv);
     } catch (const CLI::ParseError& e) {
@@ -135,6 +174,15 @@ int main(int argc, char** argv)
             return SetApiTool::RunRemove(removePath);
         if (*rename)
             return SetApiTool::RunRename(renamePath, renameNew);
+        if (*repair)
+            return SetApiTool::RunRepair(repairPath, repairYes);
+        if (*verify)
+            return SetApiTool::RunVerify(verifyPath, std::cout);
+        if (*convert)
+            return SetApiTool::RunConvert(convertPath);
+        if (*rescale)
+            return SetApiTool::RunRescale(
+                rescalePath, SetApiTool::CollectFrameScales(rescaleFrames, rescaleX, rescaleY, rescaleI), std::cout);
     } catch (const std::exception& e) {
         std::cerr << "setapi: " << e.what() << '\n';
         return 1;
