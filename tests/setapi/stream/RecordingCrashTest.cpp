@@ -9,11 +9,13 @@
 
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/set/I_Set.h>
+#include <SetApi/stream/RepairCorruptStreamSet.h>
 #include <SetApi/stream/StreamSet.h>
 
 #include "support/TestSupport.h"
 
 #include <QByteArray>
+#include <QDir>
 #include <QFileInfo>
 #include <QProcess>
 #include <QString>
@@ -218,6 +220,60 @@ void CheckRemains(const Recording& recording, const Moment& moment, const std::s
     }
 }
 
+struct YesDialog : SetApi::RepairCorruptStreamSetDialog {
+    void AddCorruption(const QString&) override {}
+    void SetConsequences(const QStringList&) override {}
+    bool ConfirmRepair() override { return true; }
+    void ReportRepairFailure(const std::string&, const QString& message) override { failure = message.toStdString(); }
+    std::string failure;
+};
+
+// The files of the folder with their sizes.
+std::vector<std::pair<std::string, qint64>> Listing(const std::string& folder)
+{
+    std::vector<std::pair<std::string, qint64>> files;
+    for (const QFileInfo& file : QDir(QString::fromStdString(folder)).entryInfoList(QDir::Files, QDir::Name))
+        files.emplace_back(file.fileName().toStdString(), file.size());
+    return files;
+}
+
+// A repair that is told yes makes what a kill left consistent: no stream is reported damaged any
+// more, only images that not every camera completed may be missing; every image all cameras
+// completed still reads back bit-exact; and a second repair changes no stream.
+void CheckRepair(const Recording& recording, const std::string& name)
+{
+    if (!C_SetFactory::Instance().Open(name)->IsOpen())
+        return;
+    YesDialog dialog;
+    const SetApi::RepairCorruptStreamSetState state = SetApi::RepairCorruptStreamSet(C_SetFactory::Instance().Open(name), dialog);
+    ASSERT_NE(state, SetApi::RepairCorruptStreamSetState::RepairFailed) << dialog.failure;
+    const std::shared_ptr<I_Set> set = C_SetFactory::Instance().Open(name);
+    ASSERT_TRUE(set->IsOpen());
+    const std::shared_ptr<SetApi::Private::StreamSet> streamSet = SetApi::Private::CastToStreamSet(set);
+    const auto& states = streamSet->GetCorruptionStates();
+    EXPECT_EQ(streamSet->IsCorrupt(), states.minImageCount != states.maxImageCount);
+    EXPECT_EQ(streamSet->HasBeenRepaired(), state == SetApi::RepairCorruptStreamSetState::Repaired);
+    for (unsigned i = 0; i < set->GetSize(); ++i) {
+        const std::unique_ptr<BufferApi::I_Buffer> buffer = set->LoadBuffer(i);
+        for (unsigned c = 0; c < recording.cameras.size(); ++c)
+            EXPECT_EQ(CompareCameraFrame(*buffer, c, recording.cameras[c].first, recording.cameras[c].second, i), "");
+    }
+    const auto before = Listing(name);
+    const unsigned size = set->GetSize();
+    YesDialog again;
+    SetApi::RepairCorruptStreamSet(C_SetFactory::Instance().Open(name), again);
+    auto after = Listing(name);
+    // The configuration is written anew when images are missing; the streams stay as they were.
+    const auto withoutConfiguration = [](std::vector<std::pair<std::string, qint64>> files) {
+        files.erase(std::remove_if(files.begin(), files.end(),
+                                   [](const auto& file) { return file.first == "ReaderConfiguration.xml"; }),
+                    files.end());
+        return files;
+    };
+    EXPECT_EQ(withoutConfiguration(after), withoutConfiguration(before));
+    EXPECT_EQ(C_SetFactory::Instance().Open(name)->GetSize(), size);
+}
+
 } // namespace
 
 TEST(RecordingCrash, WhatAKilledRecordingLeavesOpensAndReadsBackBitExact)
@@ -247,6 +303,7 @@ TEST(RecordingCrash, WhatAKilledRecordingLeavesOpensAndReadsBackBitExact)
             const Report report = RunAndKill(recording, moment, name, errors);
             EXPECT_EQ(errors, "");
             CheckRemains(recording, moment, name, report);
+            CheckRepair(recording, name);
             ++runs;
         }
     }

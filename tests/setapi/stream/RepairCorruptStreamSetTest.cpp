@@ -149,8 +149,9 @@ TEST(RepairCorruptStreamSet, DescribesTheDamageDropsTheDamagedStreamsAndKeepsThe
     EXPECT_TRUE(recording.builder.FilesOf(recording.attributes1).empty());
     for (unsigned i = 0; i < recording.builder.Configuration().GetReaderCount(); ++i) {
         const auto& info = recording.builder.Configuration().GetReader(i);
-        if (info.Type == QLatin1String("Core.Set.Recording.ScaleReader"))
+        if (info.Type == QLatin1String("Core.Set.Recording.ScaleReader")) {
             EXPECT_TRUE(recording.builder.FilesOf(info.FilePrefix).empty()) << info.FilePrefix.toStdString();
+        }
     }
 
     // Images lost by the short camera cannot come back: the set stays corrupt for them only.

@@ -637,13 +637,23 @@ TEST(StreamSetReader, DirectReadsGiveTheSamePixels)
     }
 }
 
-TEST(StreamSetReader, RepairIsNotAvailableYet)
+// Repair opens again on the living reader without resetting the frame count: it grows by the kept
+// frame streams until the recording is opened anew, while the image count and the streams are right.
+TEST(StreamSetReader, RepairOnALivingReaderGrowsTheFrameCountUntilOpenedAnew)
 {
     TempDir dir;
     StreamSetBuilder builder(dir / "Run");
     builder.AddCamera(8, 4, 2);
+    builder.AddCamera(8, 4, 2);
+    builder.RemoveStream(builder.AddScales(1, RTE::S_Scale(2.0), RTE::S_Scale(), RTE::S_Scale()));
     builder.Finish();
     StreamSetReader reader(builder.ConfigurationPath());
-    EXPECT_NE(MessageOf([&] { reader.Repair(); }).find("not available yet"), std::string::npos);
+    ASSERT_TRUE(reader.IsCorrupt());
+    reader.Repair();
+    EXPECT_FALSE(reader.IsCorrupt());
+    EXPECT_TRUE(reader.HasBeenRepaired());
+    EXPECT_EQ(reader.GetDetailsOfRepair(), QStringLiteral("scales,"));
     EXPECT_EQ(reader.GetImageCount(), 2u);
+    EXPECT_EQ(reader.GetBufferStructureInformation(0).frameCount, 4u);
+    EXPECT_EQ(StreamSetReader(builder.ConfigurationPath()).GetBufferStructureInformation(0).frameCount, 2u);
 }
