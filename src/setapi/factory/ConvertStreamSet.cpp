@@ -96,7 +96,10 @@ void ConvertStreamSetToNativeSet(const std::string& setPath, RTE::I_ActivityCont
     if (!CopySetFileWithoutSetIdentifier(sourceInfo, QFileInfo(QString::fromStdString(workName + ".set"))))
         RTE_THROW(RTE::VerificationFailed, QStringLiteral("Can not copy stream set parameter"));
     QDir().mkpath(QString::fromStdString(workName));
-    std::shared_ptr<I_Set> work(C_Set::Open(workName));
+    C_Set* workSet = C_Set::Open(workName);
+    // Buffer files go around the page cache: the conversion reads each byte once and writes it once.
+    workSet->SetDirectIo(true);
+    std::shared_ptr<I_Set> work(workSet);
 
     std::string error = "Remove error";
     try {
@@ -115,6 +118,10 @@ void ConvertStreamSetToNativeSet(const std::string& setPath, RTE::I_ActivityCont
             const std::unique_ptr<BufferApi::I_Buffer> traces = source->LoadFullDataTraces();
             work->StoreFullDataTraces(traces.get());
         }
+        // The converted buffers, their names included, are on the disk before the recording is
+        // parked and removed: a power cut afterwards cannot take both.
+        if (!control.IsCancelled())
+            RTE::FileSystem::SyncFolder(workName);
     } catch (const std::exception& e) {
         const std::string text = e.what();
         work.reset();
