@@ -4,8 +4,14 @@
 // cover every step; these prove that the real failures take the same ways.
 
 #include "WholeSetTestSupport.h"
+#include "setapi/stream/StreamSetBuilder.h"
 
 #include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/factory/ConvertStreamSet.h>
+#include <SetApi/stream/StreamSet.h>
+
+#include <BufferApi/I_Frame.h>
+#include <BufferApi/I_PlaneBase.h>
 #include <SetApi/factory/Tools.h>
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_SetUtilities.h>
@@ -18,6 +24,7 @@
 #include <QFileInfo>
 
 #include <cstdlib>
+#include <sys/statvfs.h>
 #include <exception>
 #include <memory>
 #include <string>
@@ -220,4 +227,56 @@ TEST_F(WholeSetRealFaults, AMoveThatCannotRenameTakesTheSlowWay)
     EXPECT_EQ(ContentOf(other + "/Moved"), m_source);
     EXPECT_TRUE(ContentOf(m_from).empty());
     EXPECT_EQ(observer.Events(), (std::vector<std::string>{"remove " + m_from, "create " + other + "/Moved"}));
+}
+
+// A recording on a small disk that is nearly full: its conversion runs out of room half-way,
+// fails with the disk's words, and leaves the recording whole and no work set behind.
+TEST_F(WholeSetRealFaults, AFullDiskFailsTheConversionAndLeavesTheRecording)
+{
+    const std::string small = m_dir / "SmallForConversion";
+    const auto disk = ScopedMount::Tmpfs(small, "1200k");
+    if (!disk->Mounted())
+        GTEST_SKIP() << "cannot mount a small file system here";
+    const std::string name = small + "/Run";
+    const unsigned images = 12;
+    {
+        StreamSetTesting::StreamSetBuilder builder(name);
+        builder.AddCamera(128, 128, images);
+        builder.AddCamera(128, 128, images);
+        builder.Finish();
+    }
+    // The disk is filled up to 64 KB, less than one converted buffer.
+    struct statvfs room {};
+    ASSERT_EQ(::statvfs(small.c_str(), &room), 0);
+    const std::uint64_t free = std::uint64_t(room.f_bavail) * room.f_frsize;
+    ASSERT_GT(free, 64u * 1024);
+    WriteFile(small + "/Filler", std::string(free - 64 * 1024, 'f'));
+    struct : RTE::I_ActivityControl {
+        bool IsCancelled() const override { return false; }
+    } control;
+    struct : RTE::I_ActivityFeedback {
+        void SetProgress(double) override {}
+        void SetStatusText(const std::string& text) override { last = text; }
+        std::string last;
+    } feedback;
+    const TestSupport::LogCapture log;
+    std::string failure;
+    try {
+        ConvertStreamSetToNativeSet(name, control, feedback);
+    } catch (const std::exception& e) {
+        failure = e.what();
+    }
+    EXPECT_NE(failure.find("No space left on device"), std::string::npos) << failure;
+    EXPECT_EQ(feedback.last, "Error during conversion");
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(small + "/Run_temp_Conversion.set")));
+    EXPECT_FALSE(QFileInfo::exists(QString::fromStdString(small + "/Run_temp_Conversion")));
+    const std::shared_ptr<I_Set> set = Factory().Open(name);
+    ASSERT_NE(Private::CastToStreamSet(set), nullptr);
+    ASSERT_EQ(set->GetSize(), images);
+    for (unsigned image = 0; image < images; ++image) {
+        const std::unique_ptr<BufferApi::I_Buffer> buffer = set->LoadBuffer(image);
+        const auto* pixels = static_cast<const std::uint16_t*>(
+            static_cast<const BufferApi::I_FrameImage*>(buffer->GetFrame(1))->GetPixelPlane(0)->GetData());
+        ASSERT_EQ(pixels[128 * 77 + 99], StreamSetTesting::PixelValue(1, image, 0, 99, 77));
+    }
 }

@@ -333,3 +333,43 @@ TEST(AppendAttributesToStreamSet, AddsAStreamThatTheReopenedSetReadsAndKeepsTheR
     const TestSupport::LogCapture log;
     EXPECT_EQ(MessageOf([&] { SetApi::AppendAttributesToStreamSet(plain.get(), 0); }), "No stream set given.");
 }
+
+// A failure at each call of the disk, of each kind, in turn: a repair either completes, or reports
+// a failed save (RepairFailed) and leaves a recording that a later repair completes. The images
+// are there all the time.
+TEST(RepairCorruptStreamSet, AFailureAtAnyCallOfTheDiskLeavesARepairableRecording)
+{
+    using Operation = RTE::FaultInjectingFileSystem::Operation;
+    const TestSupport::LogCapture log;
+    unsigned swept = 0;
+    for (const Operation operation : {Operation::RemoveFile, Operation::OpenForWriting, Operation::ReplaceFile,
+                                      Operation::Rename, Operation::CreateDirectory}) {
+        for (unsigned call = 1;; ++call) {
+            SCOPED_TRACE(std::string(RTE::FaultInjectingFileSystem::OperationName(operation)) + " " + std::to_string(call));
+            TempDir dir;
+            const std::string name = dir / "Run";
+            DamagedRecording recording(name);
+            auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+            RepairCorruptStreamSetState state;
+            {
+                RTE::ScopedFileSystemBackend installed(faults);
+                faults->FailCall(operation, call);
+                RecordingDialog dialog(true);
+                state = RepairCorruptStreamSet(Open(name), dialog);
+            }
+            if (faults->FailureCount(operation) == 0)
+                break;
+            ++swept;
+            EXPECT_TRUE(state == RepairCorruptStreamSetState::Repaired || state == RepairCorruptStreamSetState::RepairFailed);
+            ExpectPixels(*Open(name)->LoadBuffer(97), 1, 97, 8, 4);
+            RecordingDialog again(true);
+            RepairCorruptStreamSet(Open(name), again);
+            const auto set = CastToStreamSet(Open(name));
+            EXPECT_TRUE(set->HasBeenRepaired());
+            EXPECT_TRUE(set->GetCorruptionStates().corruptAttributeFrames.empty());
+            EXPECT_FALSE(set->GetCorruptionStates().scalesCorrupt || set->GetCorruptionStates().tracesCorrupt);
+            EXPECT_EQ(set->GetSize(), 98u);
+        }
+    }
+    EXPECT_GE(swept, 4u);
+}
