@@ -11,6 +11,8 @@
 
 #ifdef SETAPI_OPERATION_CHILD_MAIN
 
+#include "OperationDoubles.h"
+
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/factory/ConvertStreamSet.h>
 #include <SetApi/stream/RepairCorruptStreamSet.h>
@@ -65,25 +67,6 @@ private:
     unsigned m_calls = 0;
 };
 
-struct Yes : SetApi::RepairCorruptStreamSetDialog {
-    void AddCorruption(const QString&) override {}
-    void SetConsequences(const QStringList&) override {}
-    bool ConfirmRepair() override { return true; }
-    void ReportRepairFailure(const std::string&, const QString& message) override
-    {
-        std::fprintf(stderr, "error %s\n", message.toStdString().c_str());
-    }
-};
-
-struct NoCancel : RTE::I_ActivityControl {
-    bool IsCancelled() const override { return false; }
-};
-
-struct Quiet : RTE::I_ActivityFeedback {
-    void SetProgress(double) override {}
-    void SetStatusText(const std::string&) override {}
-};
-
 } // namespace
 
 int main(int argc, char** argv)
@@ -99,11 +82,13 @@ int main(int argc, char** argv)
     try {
         RTE::ScopedFileSystemBackend installed(disk);
         if (mode == "repair") {
-            Yes dialog;
+            OperationTesting::YesDialog dialog;
             SetApi::RepairCorruptStreamSet(SetApi::C_SetFactory::Instance().Open(name), dialog);
+            if (!dialog.failure.empty())
+                std::fprintf(stderr, "error %s\n", dialog.failure.c_str());
         } else if (mode == "convert") {
-            NoCancel control;
-            Quiet feedback;
+            OperationTesting::NeverCancel control;
+            OperationTesting::QuietFeedback feedback;
             SetApi::ConvertStreamSetToNativeSet(name, control, feedback);
         } else {
             return 2;

@@ -2,6 +2,7 @@
 // OperationChild.cpp): whatever the kill leaves, the recording's images are still there, and the
 // next run of the operation works or stops with its documented words.
 
+#include "OperationDoubles.h"
 #include "setapi/stream/StreamSetBuilder.h"
 
 #include <SetApi/factory/C_SetFactory.h>
@@ -9,9 +10,6 @@
 #include <SetApi/set/C_Set.h>
 #include <SetApi/stream/RepairCorruptStreamSet.h>
 #include <SetApi/stream/StreamSet.h>
-
-#include <BufferApi/I_Frame.h>
-#include <BufferApi/I_PlaneBase.h>
 
 #include "support/TestSupport.h"
 
@@ -54,37 +52,8 @@ bool RunChild(const char* mode, const std::string& name, unsigned k, std::string
 // Whether the set holds `images` images of two 8 x 4 cameras as the builder wrote them.
 bool HoldsTheImages(const std::shared_ptr<I_Set>& set, unsigned images)
 {
-    if (!set->IsOpen() || set->GetSize() != images)
-        return false;
-    for (unsigned image = 0; image < images; ++image) {
-        const std::unique_ptr<BufferApi::I_Buffer> buffer = set->LoadBuffer(image);
-        for (unsigned frame = 0; frame < 2; ++frame) {
-            const auto* pixels = static_cast<const std::uint16_t*>(
-                static_cast<const BufferApi::I_FrameImage*>(buffer->GetFrame(frame))->GetPixelPlane(0)->GetData());
-            for (unsigned y = 0; y < 4; ++y)
-                for (unsigned x = 0; x < 8; ++x)
-                    if (pixels[y * 8 + x] != PixelValue(frame, image, 0, x, y))
-                        return false;
-        }
-    }
-    return true;
+    return CompareCameraImages(*set, images, 2, 8, 4).empty();
 }
-
-struct Yes : SetApi::RepairCorruptStreamSetDialog {
-    void AddCorruption(const QString&) override {}
-    void SetConsequences(const QStringList&) override {}
-    bool ConfirmRepair() override { return true; }
-    void ReportRepairFailure(const std::string&, const QString&) override {}
-};
-
-struct NoCancel : RTE::I_ActivityControl {
-    bool IsCancelled() const override { return false; }
-};
-
-struct Quiet : RTE::I_ActivityFeedback {
-    void SetProgress(double) override {}
-    void SetStatusText(const std::string&) override {}
-};
 
 } // namespace
 
@@ -114,7 +83,7 @@ TEST(OperationKill, ARepairKilledAtAnyCallLeavesTheImagesAndTheNextRepairWorks)
         const std::shared_ptr<I_Set> set = C_SetFactory::Instance().Open(name);
         ASSERT_TRUE(set->IsOpen());
         EXPECT_TRUE(HoldsTheImages(set, 9));
-        Yes yes;
+        OperationTesting::YesDialog yes;
         EXPECT_NE(SetApi::RepairCorruptStreamSet(set, yes), SetApi::RepairCorruptStreamSetState::RepairFailed);
         const auto streamSet = SetApi::Private::CastToStreamSet(C_SetFactory::Instance().Open(name));
         const auto& states = streamSet->GetCorruptionStates();
@@ -169,8 +138,8 @@ TEST(OperationKill, AConversionKilledAtAnyCallNeverLosesTheImages)
         }
         // The next run: it works, or it stops at the work set a killed run left behind.
         if (SetApi::Private::CastToStreamSet(atName)) {
-            NoCancel control;
-            Quiet feedback;
+            OperationTesting::NeverCancel control;
+            OperationTesting::QuietFeedback feedback;
             try {
                 SetApi::ConvertStreamSetToNativeSet(name, control, feedback);
                 EXPECT_TRUE(HoldsTheImages(C_SetFactory::Instance().Open(name), images));

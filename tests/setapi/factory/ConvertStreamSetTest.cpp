@@ -11,7 +11,6 @@
 
 #include <BufferApi/Creation.h>
 #include <BufferApi/I_Frame.h>
-#include <BufferApi/I_PlaneBase.h>
 
 #include <RTE/Exception.h>
 #include <RTE/FaultInjectingFileSystem.h>
@@ -70,22 +69,10 @@ void BuildRecording(const std::string& name, unsigned images = Images)
 // Whether `set` holds the recording's images, bit for bit.
 ::testing::AssertionResult HoldsTheImages(const std::shared_ptr<I_Set>& set, unsigned images = Images)
 {
-    if (!set->IsOpen())
-        return ::testing::AssertionFailure() << "does not open";
-    if (set->GetSize() != images)
-        return ::testing::AssertionFailure() << set->GetSize() << " buffers";
-    for (unsigned image = 0; image < images; ++image) {
-        const std::unique_ptr<BufferApi::I_Buffer> buffer = set->LoadBuffer(image);
-        for (unsigned frame = 0; frame < 2; ++frame) {
-            const auto* pixels = static_cast<const std::uint16_t*>(
-                static_cast<const BufferApi::I_FrameImage*>(buffer->GetFrame(frame))->GetPixelPlane(0)->GetData());
-            for (unsigned y = 0; y < 4; ++y)
-                for (unsigned x = 0; x < 8; ++x)
-                    if (pixels[y * 8 + x] != PixelValue(frame, image, 0, x, y))
-                        return ::testing::AssertionFailure() << "image " << image << " frame " << frame << " differs";
-        }
-    }
-    return ::testing::AssertionSuccess();
+    const std::string difference = CompareCameraImages(*set, images, 2, 8, 4);
+    if (difference.empty())
+        return ::testing::AssertionSuccess();
+    return ::testing::AssertionFailure() << difference;
 }
 
 bool Exists(const std::string& path) { return QFileInfo::exists(QString::fromStdString(path)); }

@@ -6,6 +6,7 @@
 // setapi_recording_child (RecordingChild.cpp); its images are RecordingTesting's.
 
 #include "RecordingImages.h"
+#include "setapi/OperationDoubles.h"
 
 #include <SetApi/factory/C_SetFactory.h>
 #include <SetApi/set/I_Set.h>
@@ -220,14 +221,6 @@ void CheckRemains(const Recording& recording, const Moment& moment, const std::s
     }
 }
 
-struct YesDialog : SetApi::RepairCorruptStreamSetDialog {
-    void AddCorruption(const QString&) override {}
-    void SetConsequences(const QStringList&) override {}
-    bool ConfirmRepair() override { return true; }
-    void ReportRepairFailure(const std::string&, const QString& message) override { failure = message.toStdString(); }
-    std::string failure;
-};
-
 // The files of the folder with their sizes.
 std::vector<std::pair<std::string, qint64>> Listing(const std::string& folder)
 {
@@ -244,7 +237,7 @@ void CheckRepair(const Recording& recording, const std::string& name)
 {
     if (!C_SetFactory::Instance().Open(name)->IsOpen())
         return;
-    YesDialog dialog;
+    OperationTesting::YesDialog dialog;
     const SetApi::RepairCorruptStreamSetState state = SetApi::RepairCorruptStreamSet(C_SetFactory::Instance().Open(name), dialog);
     ASSERT_NE(state, SetApi::RepairCorruptStreamSetState::RepairFailed) << dialog.failure;
     const std::shared_ptr<I_Set> set = C_SetFactory::Instance().Open(name);
@@ -260,7 +253,7 @@ void CheckRepair(const Recording& recording, const std::string& name)
     }
     const auto before = Listing(name);
     const unsigned size = set->GetSize();
-    YesDialog again;
+    OperationTesting::YesDialog again;
     SetApi::RepairCorruptStreamSet(C_SetFactory::Instance().Open(name), again);
     auto after = Listing(name);
     // The configuration is written anew when images are missing; the streams stay as they were.

@@ -2,11 +2,16 @@
 
 #include <SetApi/set/C_DataSetParameter.h>
 #include <SetApi/set/C_SetUtilities.h>
+#include <SetApi/set/I_Set.h>
 #include <SetApi/stream/LoadSaveReaderConfiguration.h>
 #include <SetApi/stream/MaskWriter.h>
 #include <SetApi/stream/ScalarFieldWriter.h>
 
 #include <StreamIO/AttributeWriter.h>
+
+#include <BufferApi/I_Buffer.h>
+#include <BufferApi/I_Frame.h>
+#include <BufferApi/I_PlaneBase.h>
 #include <StreamIO/ScaleWriter.h>
 #include <StreamIO/TraceWriter.h>
 
@@ -281,6 +286,30 @@ void FlipByte(const std::string& path, std::uint64_t offset)
     byte = char(~byte);
     file.seekp(std::streamoff(offset));
     file.write(&byte, 1);
+}
+
+std::string CompareCameraImages(const SetApi::I_Set& set, unsigned images, unsigned frames, unsigned width,
+                                unsigned height)
+{
+    if (!set.IsOpen())
+        return "the set does not open";
+    if (set.GetSize() != images)
+        return "the set offers " + std::to_string(set.GetSize()) + " images, not " + std::to_string(images);
+    for (unsigned image = 0; image < images; ++image) {
+        const std::unique_ptr<BufferApi::I_Buffer> buffer = set.LoadBuffer(image);
+        for (unsigned frame = 0; frame < frames; ++frame) {
+            const auto* planeFrame = dynamic_cast<const BufferApi::I_FrameImage*>(buffer->GetFrame(frame));
+            if (planeFrame == nullptr || planeFrame->GetWidth() < width || planeFrame->GetHeight() < height)
+                return "image " + std::to_string(image) + " frame " + std::to_string(frame) + " has another shape";
+            const auto* pixels = static_cast<const std::uint16_t*>(planeFrame->GetPixelPlane(0)->GetData());
+            for (unsigned y = 0; y < height; ++y)
+                for (unsigned x = 0; x < width; ++x)
+                    if (pixels[std::size_t(y) * planeFrame->GetWidth() + x] != PixelValue(frame, image, 0, x, y))
+                        return "image " + std::to_string(image) + " frame " + std::to_string(frame) + " differs at ("
+                               + std::to_string(x) + ", " + std::to_string(y) + ")";
+        }
+    }
+    return std::string();
 }
 
 } // namespace StreamSetTesting

@@ -15,6 +15,10 @@
 #include <string>
 #include <vector>
 
+namespace SetApi {
+class I_Set;
+}
+
 namespace StreamSetTesting {
 
 // Pixel (x, y) of plane `plane` of frame `frame` in image `image`. Never 0, so that the zeroes
@@ -73,6 +77,13 @@ private:
     unsigned m_cameras = 0;
     unsigned m_streams = 0;
 };
+
+// Empty when the set offers exactly `images` images whose frames 0 .. frames - 1 hold, in their top
+// left width x height pixels of plane 0, the word pixels of cameras added with AddCamera;
+// otherwise what differs first. For any kind of set, so that a recording converted to a plain set
+// can be checked the same way.
+std::string CompareCameraImages(const SetApi::I_Set& set, unsigned images, unsigned frames, unsigned width,
+                                unsigned height);
 
 // Plain file surgery for damaging streams.
 std::uint64_t FileSize(const std::string& path);
