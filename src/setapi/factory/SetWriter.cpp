@@ -9,7 +9,9 @@
 #include "SetWriterFunction.h"
 
 #include <SetApi/factory/C_SetFactory.h>
+#include <SetApi/set/C_NullSet.h>
 #include <SetApi/set/C_Set.h>
+#include <SetApi/set/C_SetUtilities.h>
 #include <SetApi/set/I_Set.h>
 
 #include <BufferApi/Creation.h>
@@ -33,7 +35,9 @@ void VerifyStorable(SetWriter& writer, bool hasBuffer)
 {
     if (writer.IsError())
         RTE_THROW(RTE::VerificationFailed, QStringLiteral("Can't store after error from former call."));
-    RTE_VERIFY(writer.GetSetWhenFinished(), "Set must be created");
+    // A set that could not be created is no set: storing into it would drop every buffer unseen.
+    const std::shared_ptr<I_Set> set = writer.GetSetWhenFinished();
+    RTE_VERIFY(set && set->IsOpen(), "Set must be created");
     RTE_VERIFY(hasBuffer, "Buffer must be valid");
 }
 
@@ -68,6 +72,11 @@ void SetWriter::Create(QString path, BufferApi::BufferPackType_t packType)
 {
     m_set = C_SetFactory::Instance().Create(path.toStdString(), std::string(),
                                             I_Set::E_SetType(I_Set::SET_TYPE_RECORDING | I_Set::SET_TYPE_IMAGE), true);
+    // A set whose set file could not be written (a full disk) would take every buffer and then not
+    // open: it counts as not created.
+    const std::string name = C_SetUtilities::PrepareSetName(path.toStdString());
+    if (m_set && m_set->IsOpen() && !RTE::FileSystem::Exists(name + ".set"))
+        m_set = std::make_shared<C_NullSet>(name);
     if (m_set && m_set->IsOpen()) {
         m_set->SetPackTypeWord(packType);
         m_set->SetPackTypeFloat(packType);

@@ -324,6 +324,18 @@ TEST(SetWriter, StoreRefusesWithoutSetOrBuffer)
               "Buffer must be valid");
     EXPECT_EQ(writer.GetFillLevel(), 0u) << "a refused Store takes no queue place";
     EXPECT_FALSE(writer.IsError()) << "a refusal is the producer's, not the writer's failure";
+
+    // A set whose set file cannot be written is no set either: its buffers would otherwise be
+    // stored into a set that never opens.
+    SetWriter orphan(1, 1);
+    auto faults = std::make_shared<RTE::FaultInjectingFileSystem>();
+    {
+        RTE::ScopedFileSystemBackend installed(faults);
+        faults->FailCall(RTE::FaultInjectingFileSystem::Operation::OpenForWriting, 1);
+        orphan.Create(QString::fromStdString(dir / "Orphan"), BufferApi::BUFFER_PACK_FAST);
+    }
+    ASSERT_FALSE(orphan.GetSetWhenFinished()->IsOpen());
+    EXPECT_EQ(MessageOf([&] { orphan.Store(Shared(MakeBuffer(0)), 0); }), "Set must be created");
 }
 
 TEST(SetWriter, AFailedStoreIsReportedAtTheNextStoreAndCloseStillEnds)

@@ -41,7 +41,8 @@ public:
     SetWriter& operator=(const SetWriter&) = delete;
 
     // Creates the set (identifier "Set", type 0x1100) and sets its pack type for word and float
-    // data.
+    // data. A set that cannot be created raises nothing here; the next Store refuses with "Set
+    // must be created".
     void Create(QString path, BufferApi::BufferPackType_t packType) override;
     void Store(std::shared_ptr<const DataObjects::ImageBufferVariant> buffer, unsigned index) override;
     void Store(std::shared_ptr<const BufferApi::I_Buffer> buffer, unsigned index) override;
