@@ -96,8 +96,9 @@ int RunConvert(const std::string& path, const ConvertWatch& watch, std::ostream&
         err << "setapi: conversion canceled; '" << name << "' is the recording it was" << std::endl;
         return InterruptedExitCode;
     }
-    out << "converted '" << name << "' to a plain set of " << images << " buffers in " << feedback.Seconds() << " s"
-        << std::endl;
+    char seconds[32];
+    std::snprintf(seconds, sizeof seconds, "%.2f", feedback.Seconds());
+    out << "converted '" << name << "' to a plain set of " << images << " buffers in " << seconds << " s" << std::endl;
     return 0;
 }
 
