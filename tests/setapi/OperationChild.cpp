@@ -26,6 +26,7 @@
 #include <RTE/Logger.h>
 #include <RTE/ScopedFileSystemBackend.h>
 
+#include <atomic>
 #include <csignal>
 #include <cstdio>
 #include <cstdlib>
@@ -86,13 +87,14 @@ private:
         std::unique_ptr<RTE::I_WritableFile> m_file;
     };
 
+    // The writers append from several threads at once.
     void Count()
     {
-        if (++m_calls == m_killAt)
+        if (m_calls.fetch_add(1) + 1 == m_killAt)
             std::raise(SIGKILL);
     }
     unsigned m_killAt;
-    unsigned m_calls = 0;
+    std::atomic<unsigned> m_calls{0};
 };
 
 } // namespace
