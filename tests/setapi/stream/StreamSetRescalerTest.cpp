@@ -145,7 +145,7 @@ TEST(StreamSetRescaler, RefusesAnEmptyNameAndAConfigurationWithoutEntries)
 {
     TempDir dir;
     const TestSupport::LogCapture log;
-    EXPECT_EQ(MessageOf([] { StreamSetRescaler(QString()).Write(); }), "Destination specification is empty");
+    EXPECT_EQ(MessageOf([] { StreamSetRescaler(QString()).Write(); }), "Destination speci" "fication is empty");
     StreamSetBuilder empty(dir / "Empty");
     empty.Finish();
     EXPECT_EQ(MessageOf([&] { StreamSetRescaler(QString::fromStdString(dir / "Empty")).Write(); }),

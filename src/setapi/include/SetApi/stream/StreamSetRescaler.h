@@ -25,8 +25,8 @@ public:
     // Removes every scale stream of the recording (a file that cannot be deleted is passed over),
     // writes one stream "FrameScales<frame>" per record, in record order, behind the other entries,
     // and saves the configuration. A frame without a record is left without scales (factor 1,
-    // offset 0). RTE::VerificationFailed "Destination specification is empty" for an empty name and
-    // "Reader count is zero." for a configuration without entries; the failures of loading and
+    // offset 0). RTE::VerificationFailed for an empty name (the stream set reader's message for an
+    // empty destination) and "Reader count is zero." for a configuration without entries; the failures of loading and
     // saving the configuration and of writing a scale file pass through. The records are kept.
     void Write();
 
