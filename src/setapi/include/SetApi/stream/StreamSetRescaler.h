@@ -26,8 +26,9 @@ public:
     // writes one stream "FrameScales<frame>" per record, in record order, behind the other entries,
     // and saves the configuration. A frame without a record is left without scales (factor 1,
     // offset 0). RTE::VerificationFailed for an empty name (the stream set reader's message for an
-    // empty destination) and "Reader count is zero." for a configuration without entries; the failures of loading and
-    // saving the configuration and of writing a scale file pass through. The records are kept.
+    // empty destination) and "Reader count is zero." for a configuration without entries; the
+    // failures of loading and saving the configuration and of writing a scale file pass through.
+    // The records are kept.
     void Write();
 
 private:
